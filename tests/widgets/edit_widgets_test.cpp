@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+// Edit widgets: entries, signals only on change, restored text, arrow keys, selection.
+#include "widgets/double_edit.h"
+#include "widgets/frequency_edit.h"
+#include "widgets/int_line_edit.h"
+#include "widgets/time_edit.h"
+#include "widgets/unit_format.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+
+namespace {
+
+// Overtypes the whole field and presses Return, as a user would.
+void typeEntry(QLineEdit& edit, const QString& text) {
+  edit.selectAll();
+  if (text.isEmpty()) {
+    edit.del();
+  } else {
+    QTest::keyClicks(&edit, text);
+  }
+  QTest::keyClick(&edit, Qt::Key_Return);
+}
+
+TEST(FrequencyEdit, Entries) {
+  const struct {
+    double start;
+    const char* typed;
+    double value;
+    const char* text;
+    int emits;
+  } cases[] = {
+      {1e6, "2", 2e6, "2.000000 MHz", 1},
+      {500, "2", 2, "2.000000 Hz", 1},
+      {1e9, "1.5 GHz", 1.5e9, "1.500000 GHz", 1},
+      {1e6, "-1", -1e6, "-1.000000 MHz", 1},
+      // Invalid or unchanged entries return to the format of the value, silently.
+      {1e9, "abc", 1e9, "1.000000 GHz", 0},
+      {1e9, "1e6", 1e9, "1.000000 GHz", 0},
+      {1e9, "1000 MHz", 1e9, "1.000000 GHz", 0},
+  };
+  for (const auto& c : cases) {
+    FrequencyEdit edit(c.start);
+    QSignalSpy spy(&edit, &FrequencyEdit::valueChanged);
+    typeEntry(edit, c.typed);
+    EXPECT_DOUBLE_EQ(edit.value(), c.value) << c.typed;
+    EXPECT_EQ(edit.text(), c.text) << c.typed;
+    ASSERT_EQ(spy.count(), c.emits) << c.typed;
+    if (c.emits) {
+      EXPECT_DOUBLE_EQ(spy.at(0).at(0).toDouble(), c.value);
+    }
+  }
+}
+
+TEST(TimeEdit, Entries) {
+  const struct {
+    double minimum, maximum, start;
+    const char* typed;
+    double value;
+    const char* text;
+    int emits;
+  } cases[] = {
+      {0, 10, 0.001, "5 ms", 5e-3, "5.000 ms", 1},
+      {0, 10, 0.001, "5m", 5e-3, "5.000 ms", 1},
+      {0, 10, 0.001, "5 us", 5e-6, "5.000 us", 1},
+      {0, 10, 0.001, "5u", 5e-6, "5.000 us", 1},
+      {0, 10, 0.001, "2", 2e-3, "2.000 ms", 1},
+      {0, 1, 0.001, "3 s", 1, "1.000 s", 1},
+      // Unreadable: the value's text comes back.
+      {0, 10, 0.001, "abc", 1e-3, "1.000 ms", 0},
+      // Equal to the value (after limiting): the typed text stays.
+      {0, 10, 0.001, "1ms", 1e-3, "1ms", 0},
+      {0, 1, 1, "7 s", 1, "7 s", 0},
+  };
+  for (const auto& c : cases) {
+    TimeEdit edit;
+    edit.setRange(c.minimum, c.maximum);
+    edit.setValue(c.start);
+    QSignalSpy spy(&edit, &TimeEdit::valueChanged);
+    typeEntry(edit, c.typed);
+    EXPECT_DOUBLE_EQ(edit.value(), c.value) << c.typed;
+    EXPECT_EQ(edit.text(), c.text) << c.typed;
+    ASSERT_EQ(spy.count(), c.emits) << c.typed;
+    if (c.emits) {
+      EXPECT_DOUBLE_EQ(spy.at(0).at(0).toDouble(), c.value);
+    }
+  }
+}
+
+TEST(TimeEdit, NewLimitsApplyToTheValueSilently) {
+  TimeEdit edit;  // 1 ms
+  QSignalSpy spy(&edit, &TimeEdit::valueChanged);
+  edit.setRange(0.01, 1);
+  EXPECT_EQ(edit.value(), 0.01);
+  EXPECT_EQ(edit.text(), "10.000 ms");
+  EXPECT_EQ(spy.count(), 0);
+}
+
+TEST(DoubleEdit, Entries) {
+  DoubleEdit edit(-120, 10, 2, -20);
+  EXPECT_EQ(edit.text(), "-20");
+  QSignalSpy spy(&edit, &DoubleEdit::editUpdated);
+
+  typeEntry(edit, "-35.5");
+  EXPECT_EQ(edit.value(), -35.5);
+  ASSERT_EQ(spy.count(), 1);
+  EXPECT_EQ(spy.at(0).at(0).toDouble(), -35.5);
+
+  // Same number, other spelling: no signal and the text stays as typed.
+  typeEntry(edit, "-35.50");
+  EXPECT_EQ(edit.text(), "-35.50");
+  EXPECT_EQ(spy.count(), 1);
+
+  // The validator refuses letters and out-of-range numbers never finish an edit.
+  for (const char* refused : {"abc", "50"}) {
+    typeEntry(edit, refused);
+    EXPECT_EQ(edit.value(), -35.5) << refused;
+  }
+  EXPECT_EQ(spy.count(), 1);
+}
+
+TEST(IntLineEdit, Entries) {
+  IntLineEdit edit;
+  QSignalSpy spy(&edit, &IntLineEdit::valueChanged);
+  typeEntry(edit, "42");
+  typeEntry(edit, "042");
+  EXPECT_EQ(edit.value(), 42);
+  ASSERT_EQ(spy.count(), 1);
+  EXPECT_EQ(spy.at(0).at(0).toInt(), 42);
+}
+
+// One arrow-key case for any of the three stepping edits.
+struct ArrowCase {
+  bool arrowKeys;
+  Qt::Key key;
+  double start, step, expected;
+  int emits;
+};
+
+const ArrowCase kArrowCases[] = {
+    {true, Qt::Key_Up, 10, 5, 15, 1},
+    {true, Qt::Key_Down, 10, 5, 5, 1},
+    {false, Qt::Key_Up, 10, 5, 10, 0},
+    {true, Qt::Key_Left, 10, 5, 10, 0},
+};
+
+template <typename Edit, typename Signal>
+void pressArrow(Edit& edit, Signal signal, const ArrowCase& c, double scale) {
+  QSignalSpy spy(&edit, signal);
+  QTest::keyClick(&edit, c.key);
+  EXPECT_EQ(edit.value(), c.expected * scale);
+  EXPECT_EQ(spy.count(), c.emits);
+}
+
+TEST(ArrowKeys, StepOnlyWhenEnabled) {
+  for (const ArrowCase& c : kArrowCases) {
+    DoubleEdit level(-120, 120, 2, c.start);
+    level.setStep(c.step);
+    level.setArrowKeys(c.arrowKeys);
+    pressArrow(level, &DoubleEdit::editUpdated, c, 1.0);
+    EXPECT_EQ(level.text(), QString::number(c.expected));
+
+    FrequencyEdit frequency(c.start * 1e6);
+    frequency.setStep(c.step * 1e6);
+    frequency.setArrowKeys(c.arrowKeys);
+    pressArrow(frequency, &FrequencyEdit::valueChanged, c, 1e6);
+    EXPECT_EQ(frequency.text(), formatFrequency(c.expected * 1e6));
+
+    IntLineEdit count;
+    count.setValue(int(c.start));
+    count.setStep(c.arrowKeys, int(c.step));
+    pressArrow(count, &IntLineEdit::valueChanged, c, 1.0);
+    EXPECT_EQ(count.text(), QString::number(int(c.expected)));
+  }
+}
+
+// Arrow steps don't clamp to the validator; the receiving slot does. They mustn't overflow.
+TEST(ArrowKeys, IntLineEditPassesRangeButNotIntLimits) {
+  IntLineEdit edit;
+  edit.setRange(0, 39);
+  edit.setValue(39);
+  edit.setStep(true, 1);
+  QSignalSpy spy(&edit, &IntLineEdit::valueChanged);
+  QTest::keyClick(&edit, Qt::Key_Up);
+  EXPECT_EQ(edit.value(), 40);
+  ASSERT_EQ(spy.count(), 1);
+  EXPECT_EQ(spy.at(0).at(0).toInt(), 40);
+
+  edit.setValue(std::numeric_limits<int>::max());
+  QTest::keyClick(&edit, Qt::Key_Up);
+  EXPECT_EQ(edit.value(), std::numeric_limits<int>::max());
+}
+
+TEST(Selection, ClickSelectsAllOnlyWithoutSelection) {
+  std::unique_ptr<QLineEdit> edits[] = {
+      std::make_unique<DoubleEdit>(-120, 10, 2, -20.25),
+      std::make_unique<IntLineEdit>(),
+      std::make_unique<FrequencyEdit>(1e9),
+      std::make_unique<TimeEdit>(),
+  };
+  for (auto& edit : edits) {
+    const QString name = edit->metaObject()->className();
+    edit->deselect();
+    QTest::mouseClick(edit.get(), Qt::LeftButton);
+    EXPECT_EQ(edit->selectedText(), edit->text()) << name.toStdString();
+
+    edit->setSelection(0, 1);
+    QTest::mouseRelease(edit.get(), Qt::LeftButton);
+    EXPECT_EQ(edit->selectedText().length(), 1) << name.toStdString();
+  }
+}
+
+}  // namespace

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Line edit holding a time in seconds within limits, shown and entered with units.
+#include "widgets/time_edit.h"
+
+#include "widgets/unit_format.h"
+
+#include <QtGlobal>
+
+TimeEdit::TimeEdit(QWidget* parent) : QLineEdit(parent) {
+  setText(formatTime(value()));
+  connect(this, &QLineEdit::editingFinished, this, &TimeEdit::entryChanged);
+}
+
+double TimeEdit::limited(double seconds) const {
+  // qBound stays defined even if a caller passes minimum > maximum.
+  return qBound(minimum_, seconds, maximum_);
+}
+
+void TimeEdit::setValue(double newValue) {
+  value_.store(limited(newValue), std::memory_order_relaxed);
+  setText(formatTime(value()));
+}
+
+void TimeEdit::setRange(double newMinimum, double newMaximum) {
+  minimum_ = newMinimum;
+  maximum_ = newMaximum;
+  setValue(value());
+}
+
+void TimeEdit::entryChanged() {
+  bool ok = false;
+  const double entered = limited(parseTime(text(), value(), &ok));
+  if (!ok) {
+    setValue(value());
+    return;
+  }
+  // An entry equal to the value leaves the typed text as it is.
+  if (entered == value()) return;
+  setValue(entered);
+  emit valueChanged(entered);
+}
+
+void TimeEdit::mouseReleaseEvent(QMouseEvent* event) {
+  QLineEdit::mouseReleaseEvent(event);
+  // A click prepares the field for overtyping.
+  if (!hasSelectedText()) selectAll();
+}
