@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// The steady submit loop at 50e6 samples a second against the unpaced simulated device,
+// beside a plain memcpy of the same bytes, and the allocations it makes per chunk.
+#include "core/device.h"
+#include "core/impairment_stage.h"
+#include "core/opc_gate.h"
+#include "core/stream_engine.h"
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <vector>
+
+namespace {
+
+std::atomic<long> allocations{0};
+
+constexpr int chunk = 833333;         // 1/60 s at 50e6
+constexpr int chunksPerRun = 60;      // one second of output per iteration
+
+// Pass-through like the impairment panel with nothing enabled; ends the run after a second
+// of output, so that each iteration times exactly 50e6 samples.
+class CountingStage : public ImpairmentStage {
+public:
+  StreamEngine* engine = nullptr;
+  int chunks = 0;
+  long allocationsAtSecondChunk = 0;
+
+  double frequencyOffset() const override { return 0; }
+  double sampleRateFactor() const override { return 1; }
+  bool lowSpurMode() const override { return true; }
+  void process(const Sample* in, Sample* out, int count) override {
+    std::memcpy(out, in, sizeof(Sample) * static_cast<size_t>(count));
+    if (++chunks == 2) allocationsAtSecondChunk = allocations.load();
+    if (chunks == chunksPerRun) engine->streaming = false;
+  }
+};
+
+void BM_MemcpyChunk(benchmark::State& state) {
+  std::vector<Sample> from(chunk, Sample(1, 0)), to(chunk);
+  for (auto _ : state) {
+    for (int i = 0; i < chunksPerRun; ++i) std::memcpy(to.data(), from.data(), sizeof(Sample) * chunk);
+    benchmark::DoNotOptimize(to.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * chunk * int64_t(chunksPerRun));
+  state.SetBytesProcessed(state.iterations() * chunk * int64_t(chunksPerRun) * int64_t(sizeof(Sample)));
+}
+BENCHMARK(BM_MemcpyChunk)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_SubmitWaveformSteady(benchmark::State& state) {
+  Device device;
+  OpcGate gate;
+  StreamEngine engine(&device, &gate);
+  CountingStage stage;
+  stage.engine = &engine;
+  engine.setImpairments(&stage);
+  device.setImpairments(&stage);
+  if (!device.open(21000001)) {
+    state.SkipWithError("no simulated device");
+    return;
+  }
+  device.retune(TuneRecord{1e9, -20, 50e6, 0, 0});
+  std::vector<Sample> carrier(1000000, Sample(1, 0));
+  long steadyAllocations = 0;
+  for (auto _ : state) {
+    stage.chunks = 0;
+    engine.streaming = true;
+    engine.submitWaveform(carrier.data(), static_cast<int64_t>(carrier.size()), false);
+    steadyAllocations += allocations.load() - stage.allocationsAtSecondChunk;
+  }
+  device.abort();
+  device.close();
+  state.SetItemsProcessed(state.iterations() * chunk * int64_t(chunksPerRun));
+  state.SetBytesProcessed(state.iterations() * chunk * int64_t(chunksPerRun) * int64_t(sizeof(Sample)));
+  state.counters["allocs_per_chunk"] =
+      double(steadyAllocations) / double(state.iterations() * (chunksPerRun - 2));
+}
+BENCHMARK(BM_SubmitWaveformSteady)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+
+// Counts every allocation in the process, the device library's included.
+void* operator new(std::size_t size) {
+  allocations.fetch_add(1, std::memory_order_relaxed);
+  if (void* p = std::malloc(size ? size : 1)) return p;
+  throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+
+int main(int argc, char** argv) {
+  setenv("KRT40_SIM_SPEED", "0", 1);
+  setenv("KRT40_SIM_OPEN_MS", "0", 1);
+  setenv("KRT40_SIM_DEVICES", "21000001", 1);
+  unsetenv("KRT40_SIM_RECORD");
+  unsetenv("KRT40_SIM_EVENTS");
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+// The instrument: front panel, mode list and views, and the one restart path to the output.
+#pragma once
+
+#include "core/opc_gate.h"
+#include "core/stream_engine.h"
+#include "core/tune_record.h"
+
+#include <QList>
+#include <QWidget>
+
+#include <atomic>
+
+class Device;
+class DoubleEdit;
+class FrequencyEdit;
+class ImpairmentWidget;
+class ModeWidget;
+class MyButtonGroup;
+class MyListWidget;
+class MyStackedWidget;
+class QButtonGroup;
+class QGridLayout;
+class QHBoxLayout;
+class QLabel;
+class QListWidgetItem;
+class QProgressDialog;
+class QPushButton;
+class QScrollArea;
+class QSquareButton;
+class QVBoxLayout;
+
+// Every change of a setting ends in settingsChanged(), which stops and joins the streaming
+// thread, sends the few settings that need a stopped stream, and starts a new thread; the new
+// thread reads everything else from the controls. Nothing reaches into a running loop.
+class CentralWidget : public QWidget {
+  Q_OBJECT
+public:
+  CentralWidget(Device* device, ImpairmentWidget* impairments, QWidget* parent = nullptr,
+                Qt::WindowFlags flags = Qt::WindowFlags());
+  ~CentralWidget() override;
+
+  void startStreaming();
+  void startStreamingQuiet();
+  void stopStreaming();
+  bool isStreaming() const { return engine.isStreaming(); }
+
+  // The checked "Enabled" box's mode index; 0 while none is checked.
+  int currentMode() const;
+  // Adds a view to the list, the stack and the mode group.
+  void addMode(ModeWidget* view);
+  const QList<ModeWidget*>& views() const { return modeViews; }
+  ModeWidget* currentView() const { return activeMode.load(); }
+
+  // Front panel values, as the generators read them on the streaming thread.
+  double frequency() const;
+  double level() const;
+  double frequencyStep() const;
+  double levelStep() const;
+  bool rfEnabled() const;
+  bool modEnabled() const;
+  bool referenceEnabled() const;
+  OpcGate& gate() { return opcGate; }
+
+  // The shared submit routine of every generator; see StreamEngine.
+  void submitWaveform(const Sample* samples, int64_t length, bool singleShot);
+
+signals:
+  void updateTemp(QString);
+  void showProgressDialogSignal();
+  void setProgressPercentSignal(int progress);
+  void hideProgressDialogSignal();
+  void streamingStopped();
+  void streamingSetPos(double);
+  void updateStatusBarModeSignal(QString text);
+  void deviceConnectionLost();
+
+public slots:
+  void modeChanged(int);
+  void settingsChanged();
+  void setRFEnabled(bool enabled);
+  void setModEnabled(bool enabled);
+  void setReference(KrtTimebaseState newState);
+  void setCenterFrequency(double newFreq);
+  void setStepFrequency(double newStep);
+  void increaseCenterFrequency();
+  void decreaseCenterFrequency();
+  void setLevel(double newLevel);
+  void setLevelStep(double newStep);
+  void increaseLevel();
+  void decreaseLevel();
+  void triggerPressed();
+  void referenceKeyPressed();
+  void presetButtonPressed();
+  void modeSelectChanged(QListWidgetItem* item);
+  void showProgressDialogSlot();
+  void setProgressPercentSlot(int progress);
+  void hideProgressDialogSlot();
+
+protected:
+  void paintEvent(QPaintEvent* event) override;
+
+private:
+  void buildFrontPanel();
+  void connectFrontPanel();
+  void layOutPanel();
+  void buildModeList();
+  void restartOutput();
+
+  void streamingThreadMain();
+  void runGenerator(int modeIndex);
+  void runOffState();
+  void generateCW();
+
+  OpcGate opcGate;
+  Device* device;
+  ImpairmentWidget* impairments;
+  StreamEngine engine;
+
+  QLabel* frequencyLabel;
+  QLabel* stepLabel;
+  FrequencyEdit* frequencyEdit;
+  FrequencyEdit* frequencyStepEdit;
+  QSquareButton* frequencyUpButton;
+  QSquareButton* frequencyDownButton;
+  QLabel* levelLabel;
+  QLabel* levelStepLabel;
+  DoubleEdit* levelEdit;
+  DoubleEdit* levelStepEdit;
+  QSquareButton* levelUpButton;
+  QSquareButton* levelDownButton;
+  MyButtonGroup* rfButtons;
+  MyButtonGroup* modButtons;
+  QPushButton* referenceButton;
+  QPushButton* triggerButton;
+  QPushButton* presetButton;
+  QPushButton* recalButton;
+  MyListWidget* modeList;
+  QList<ModeWidget*> modeViews;
+  QScrollArea* modeScrollArea;
+  MyStackedWidget* modeStack;
+  // Written on the GUI thread, read by the streaming thread when it starts.
+  std::atomic<ModeWidget*> activeMode{nullptr};
+  QButtonGroup* modeGroup;
+  QGridLayout* frontPanelGrid;
+  QHBoxLayout* lowerRow;
+  QVBoxLayout* mainColumn;
+  QProgressDialog* progressDialog = nullptr;
+};

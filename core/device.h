@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// A thin session around one KRT40 opened through the device library.
+#pragma once
+
+#include "core/tune_record.h"
+#include "dsp/sample.h"
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+class ImpairmentStage;
+
+// Status values of the library are ignored but for open and the USB status poll. Calls on a
+// closed session pass handle -1, which the library refuses harmlessly.
+class Device {
+public:
+  std::vector<int> deviceList();
+  bool isOpen() const { return handle != -1; }
+  bool open(int serialNumber);
+  bool close();
+  void setImpairments(ImpairmentStage* stage) { impairments = stage; }
+
+  // The one way generators tune the device: rate and frequency carry the impairments'
+  // corrections, while currentTune keeps the record as it was given.
+  void retune(const TuneRecord& record);
+  const TuneRecord& tune() const { return currentTune; }
+
+  bool connectionFailed();
+  void flushAndWait();
+  void abort();
+  void submitTrigger();
+  void submitIQ(const Sample* samples, int count);
+
+  void setFrequency(double hz);
+  void setLevel(double dbm);
+  void setSampleRate(double samplesPerSecond);
+  void setRFOutputState(bool enabled);
+  void setTimebase(int state);
+  void setTimebaseOffset(double ppm);
+  void setIQOffset(std::pair<int16_t, int16_t> offset);
+
+  std::string modelName() const { return "KRT40A"; }
+  std::string serialNumberText();
+  std::string firmwareText();
+  std::string temperatureText();
+
+private:
+  int handle = -1;
+  TuneRecord currentTune;
+  ImpairmentStage* impairments = nullptr;
+};

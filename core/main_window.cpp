@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: MIT
+// The application window: construction, connect flow, window state and simple menu actions.
+#include "core/main_window.h"
+
+#include "core/central_widget.h"
+#include "core/impairment_widget.h"
+#include "core/status_bar.h"
+#include "persist/paths.h"
+#include "shell/error_log.h"
+#include "shell/message_box.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QEventLoop>
+#include <QFile>
+#include <QLabel>
+#include <QProgressDialog>
+#include <QScrollArea>
+#include <QSettings>
+
+#include <chrono>
+#include <thread>
+
+namespace {
+
+const char* appTitle = "Tarnwick KRT40";
+
+}  // namespace
+
+MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
+  Q_INIT_RESOURCE(resources);
+  setWindowTitle("Tarnwick KRT40 Vector Signal Generator");
+  resize(1280, 960);
+
+  errorLog = new ErrorLog(this);
+  impairments = new ImpairmentWidget();
+  device.setImpairments(impairments);
+  buildDock();
+  buildMenus();
+
+  central = new CentralWidget(&device, impairments, this);
+  setCentralWidget(central);
+  statusBar = new StatusBar(this);
+  setStatusBar(statusBar);
+
+  connect(central, &CentralWidget::updateStatusBarModeSignal, this, &MainWindow::updateStatusBarModeSlot);
+  connect(central, &CentralWidget::updateTemp, this, &MainWindow::updateTemp);
+  connect(&versionChecker, &VersionChecker::broadcastNewVersionAvailable, this,
+          &MainWindow::showNewVersionMessage);
+  versionChecker.start();
+
+  loadStyleSheet();
+  restoreWindowState();
+  connectFirstDevice();
+}
+
+MainWindow::~MainWindow() {
+  central->stopStreaming();
+  // After closeEvent the handle is already -1; the library refuses it harmlessly.
+  device.abort();
+}
+
+void MainWindow::buildDock() {
+  impairmentDock = new QDockWidget("Signal Impairments", this);
+  impairmentDock->setObjectName("ImpairmentDock");
+  connect(impairmentDock, &QDockWidget::dockLocationChanged, impairments,
+          &ImpairmentWidget::dockLocationChanged);
+  auto* scroll = new QScrollArea;
+  scroll->setWidgetResizable(true);
+  scroll->setWidget(impairments);
+  impairmentDock->setWidget(scroll);
+  impairmentDock->setAllowedAreas(Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
+  addDockWidget(Qt::BottomDockWidgetArea, impairmentDock);
+}
+
+void MainWindow::loadStyleSheet() {
+  QFile file(":/resources/style_sheet.css");
+  if (!file.open(QIODevice::ReadOnly)) return;  // a missing sheet is passed over
+  qApp->setStyleSheet(QString::fromUtf8(file.readAll()));
+}
+
+// ---- Connect and disconnect ---------------------------------------------------------------
+
+void MainWindow::connectFirstDevice() {
+  const std::vector<int> serials = device.deviceList();
+  if (serials.empty()) {
+    showWarning(this, appTitle, "No Device Found.");
+  } else if (serials.size() == 1) {
+    connectDevice(serials.front());
+    if (!device.isOpen()) showWarning(this, appTitle, "Unable to open device.");
+  } else {
+    showWarning(this, appTitle,
+                "More than one device found.\nUse the File->Connect menu to connect a device.");
+  }
+}
+
+void MainWindow::connectDevice(QAction* a) {
+  connectDevice(a->data().toInt());
+  if (!device.isOpen()) showWarning(this, appTitle, "Unable to open device.");
+}
+
+void MainWindow::connectDevice(int serialNumber) {
+  if (device.isOpen()) return;
+  QProgressDialog dialog(this);
+  dialog.setWindowTitle("KRT40");
+  dialog.setLabelText(QString(20, ' ') + "Attempting to Connect KRT, This May Take Several Seconds" +
+                      QString(20, ' '));
+  dialog.show();
+  dialog.setMinimum(0);
+  dialog.setMaximum(0);  // a busy bar
+  openDevice(serialNumber);
+  afterConnect();
+}
+
+// Opening takes seconds: it runs on a short thread while the window stays alive in a local
+// event loop. The thread ends the loop only once it runs, so an open that returns before exec
+// cannot leave the loop waiting.
+void MainWindow::openDevice(int serialNumber) {
+  QEventLoop loop;
+  std::thread opener([&] {
+    device.open(serialNumber);
+    while (!loop.isRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(16));
+    QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
+  });
+  loop.exec();
+  opener.join();
+}
+
+void MainWindow::afterConnect() {
+  const bool open = device.isOpen();
+  central->setEnabled(open);
+  impairments->setEnabled(open);
+  if (!open) {
+    statusBar->setDeviceText("No Device Connected");
+    statusBar->serialLabel->clear();
+    statusBar->temperatureLabel->clear();
+    return;
+  }
+  central->startStreamingQuiet();
+  statusBar->setDeviceText(QString::fromStdString(device.modelName()));
+  statusBar->setSerialText("S/N - " + QString::fromStdString(device.serialNumberText()) + "   " +
+                           "F/W - " + QString::fromStdString(device.firmwareText()));
+}
+
+void MainWindow::disconnectDevice() {
+  central->stopStreaming();
+  device.close();
+  central->setEnabled(false);
+  impairments->setEnabled(false);
+  statusBar->setDeviceText("No Device Connected");
+  statusBar->serialLabel->clear();
+}
+
+void MainWindow::deviceConnectionLost() {
+  disconnectDevice();
+  showWarning(this, "Error", "Device Connection Lost");
+}
+
+// ---- Window state -------------------------------------------------------------------------
+
+void MainWindow::saveWindowState() {
+  QSettings settings(preferencesPath(), QSettings::IniFormat);
+  settings.setValue("MainWindow/State", saveState());
+  settings.setValue("MainWindow/Geometry", geometry());
+  settings.setValue("MainWindow/Maximized", isMaximized());
+}
+
+void MainWindow::restoreWindowState() {
+  QSettings settings(preferencesPath(), QSettings::IniFormat);
+  const QVariant state = settings.value("MainWindow/State");
+  if (state.isValid()) restoreState(state.toByteArray());
+  const QVariant geometryValue = settings.value("MainWindow/Geometry");
+  if (geometryValue.isValid() && geometryValue.toRect().isValid()) setGeometry(geometryValue.toRect());
+  const QVariant maximized = settings.value("MainWindow/Maximized");
+  if (maximized.isValid() && maximized.toBool()) showMaximized();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  disconnectDevice();
+  saveWindowState();
+  QMainWindow::closeEvent(event);
+}
+
+// ---- Status bar ---------------------------------------------------------------------------
+
+void MainWindow::updateStatusBarModeSlot(QString text) { statusBar->setModeText(text); }
+
+void MainWindow::updateTemp(QString text) { statusBar->setTemperatureText(text); }
+
+void MainWindow::showNewVersionMessage() {
+  statusBar->versionLabel->setOpenExternalLinks(true);
+  statusBar->setVersionText(QString("<a href=\"%1\"><span style=\"color:white;\">"
+                                    "New Software Version Available  </span></a>")
+                                .arg(KRT40_DOWNLOAD_URL));
+}

@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: MIT
+// The front panel: clamps, the restart path, mode selection and the factory preset.
+#include "core/central_widget.h"
+
+#include "core/device.h"
+#include "core/impairment_widget.h"
+#include "core_test_env.h"
+#include "modes/mode_widget.h"
+#include "shell/error_queue.h"
+#include "support/events_log.h"
+#include "widgets/double_edit.h"
+#include "widgets/frequency_edit.h"
+#include "widgets/my_list_widget.h"
+
+#include <QCheckBox>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QStackedWidget>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+namespace {
+
+// A view with no controls of its own and no generator behind its index.
+class PlainView : public ModeWidget {
+public:
+  PlainView(const QString& name, int index) : ModeWidget(name, index) {}
+  void setDefaults() override { ++defaults; }
+  void saveSettings(QSettings*) override {}
+  void loadSettings(QSettings*) override {}
+  int defaults = 0;
+};
+
+class CentralWidgetTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    std::remove(unplugPath().c_str());
+    device.setImpairments(&impairments);
+    errorLogClear();
+  }
+
+  void TearDown() override {
+    central.stopStreaming();
+    device.close();
+    std::remove(unplugPath().c_str());
+  }
+
+  void connect() {
+    ASSERT_TRUE(device.open(21000001));
+    central.startStreamingQuiet();
+  }
+
+  QPushButton* button(const QString& text) {
+    for (QPushButton* b : central.findChildren<QPushButton*>())
+      if (b->text() == text) return b;
+    return nullptr;
+  }
+
+  // Waits until the running thread has told the status bar what it plays.
+  bool waitForMode(QSignalSpy& spy, const QString& text) {
+    return waitUntil([&] {
+      for (const QList<QVariant>& args : spy)
+        if (args.at(0).toString() == text) return true;
+      return false;
+    });
+  }
+
+  Device device;
+  ImpairmentWidget impairments;
+  CentralWidget central{&device, &impairments};
+  EventsLog log{eventsPath()};
+};
+
+TEST_F(CentralWidgetTest, FrontPanelClampsAndLogsAsDocumented) {
+  struct Case {
+    const char* what;
+    std::function<void(CentralWidget&)> act;
+    std::function<double(CentralWidget&)> read;
+    double expected;
+    const char* logged;  // null: silent
+  };
+  auto freq = [](CentralWidget& c) { return c.frequency(); };
+  auto fstep = [](CentralWidget& c) { return c.frequencyStep(); };
+  auto level = [](CentralWidget& c) { return c.level(); };
+  auto lstep = [](CentralWidget& c) { return c.levelStep(); };
+  const std::vector<Case> cases = {
+      {"29 MHz", [](CentralWidget& c) { c.setCenterFrequency(29e6); }, freq, 30e6,
+       "Center frequency clamped"},
+      {"6.5 GHz", [](CentralWidget& c) { c.setCenterFrequency(6.5e9); }, freq, 6e9,
+       "Center frequency clamped"},
+      {"in range", [](CentralWidget& c) { c.setCenterFrequency(2.45e9); }, freq, 2.45e9, nullptr},
+      {"step -1", [](CentralWidget& c) { c.setStepFrequency(-1); }, fstep, 0, "Step frequency clamped"},
+      {"step 7 GHz", [](CentralWidget& c) { c.setStepFrequency(7e9); }, fstep, 6e9,
+       "Step frequency clamped"},
+      {"arrow past top",
+       [](CentralWidget& c) {
+         c.setCenterFrequency(5.9e9);
+         c.setStepFrequency(1e9);
+         c.increaseCenterFrequency();
+       },
+       freq, 6e9, "Center frequency clamped"},
+      {"level 20", [](CentralWidget& c) { c.setLevel(20); }, level, 10, nullptr},
+      {"level -130", [](CentralWidget& c) { c.setLevel(-130); }, level, -120, nullptr},
+      {"level step 150", [](CentralWidget& c) { c.setLevelStep(150); }, lstep, 100, nullptr},
+      {"level step -5", [](CentralWidget& c) { c.setLevelStep(-5); }, lstep, 0, nullptr},
+      {"down at -120",
+       [](CentralWidget& c) {
+         c.setLevel(-120);
+         c.setLevelStep(10);
+         c.decreaseLevel();
+       },
+       level, -120, nullptr},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    errorLogClear();
+    c.act(central);
+    EXPECT_DOUBLE_EQ(c.read(central), c.expected);
+    if (c.logged) {
+      ASSERT_EQ(errorLogCount(), 1);
+      EXPECT_EQ(errorLogNext(), QString("-1,Setting clamped;") + c.logged);
+    } else {
+      EXPECT_EQ(errorLogCount(), 0);
+    }
+  }
+}
+
+TEST_F(CentralWidgetTest, RestartWithoutDeviceDoesNothing) {
+  central.settingsChanged();
+  EXPECT_FALSE(central.gate().isSettingsPending());
+  EXPECT_TRUE(log.events().empty());
+}
+
+TEST_F(CentralWidgetTest, RestartWhileStoppedLeavesSettingsPending) {
+  ASSERT_TRUE(device.open(21000001));
+  central.settingsChanged();
+  EXPECT_TRUE(central.gate().isSettingsPending());
+  EXPECT_FALSE(central.isStreaming());
+  central.gate().armOpc();
+  EXPECT_FALSE(central.gate().opcComplete());
+}
+
+TEST_F(CentralWidgetTest, TheThreadPlaysWhatRfAndModulationAsk) {
+  connect();
+  QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
+  ASSERT_TRUE(waitForMode(modeText, "Off"));
+  EXPECT_TRUE(log.calls("krtSubmitIQ").empty()) << "RF off submits nothing";
+
+  central.setCenterFrequency(29e6);
+  central.setRFEnabled(true);
+  ASSERT_TRUE(waitForMode(modeText, "CW"));
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
+  EXPECT_EQ(log.calls("krtSubmitIQ")[0]["args"]["count"], 833333);
+  EXPECT_DOUBLE_EQ(log.calls("krtSetFrequency").back()["args"]["frequency"].get<double>(), 30e6);
+
+  // "Mod On" before any mode is enabled still plays the carrier, with no mode text.
+  modeText.clear();
+  log.mark();
+  central.setModEnabled(true);
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
+  for (const QList<QVariant>& args : modeText) EXPECT_EQ(args.at(0).toString(), "");
+}
+
+TEST_F(CentralWidgetTest, OpcCompletesAfterATenthOfASecondOfOutput) {
+  connect();
+  central.setRFEnabled(true);
+  central.gate().armOpc();
+  EXPECT_FALSE(central.gate().opcComplete());
+  EXPECT_TRUE(waitUntil([&] { return central.gate().opcComplete(); }));
+}
+
+TEST_F(CentralWidgetTest, ExtRefClickRestartsTwice) {
+  connect();
+  log.mark();
+  button("Ext Ref")->click();
+  auto timebase = log.calls("krtSetTimebase");
+  ASSERT_EQ(timebase.size(), 2u);
+  for (auto& call : timebase) EXPECT_EQ(call["args"]["state"], 1);
+  EXPECT_EQ(log.calls("krtSetIQOffset").size(), 2u);
+  EXPECT_EQ(log.calls("krtSetTimebaseOffset").size(), 2u);
+}
+
+TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
+  auto* first = new PlainView("First", 1);
+  auto* second = new PlainView("Second", 3);
+  central.addMode(first);
+  central.addMode(second);
+  connect();
+  central.setRFEnabled(true);
+  central.setModEnabled(true);
+
+  auto* list = central.findChild<MyListWidget*>();
+  ASSERT_EQ(list->count(), 3);
+  EXPECT_EQ(list->item(0)->flags(), Qt::NoItemFlags) << "the header row can't be selected";
+  EXPECT_EQ(list->item(2)->text(), "Second");
+  EXPECT_EQ(list->item(2)->data(256).toInt(), 3);
+
+  // Pressing a row only browses: the page changes, the output and the colours don't.
+  log.mark();
+  central.modeSelectChanged(list->item(2));
+  EXPECT_EQ(central.findChild<QStackedWidget*>()->currentWidget(), second);
+  EXPECT_TRUE(log.calls("krtSetTimebase").empty());
+  EXPECT_EQ(list->activeRowMode(), -1);
+
+  // Checking a view's box makes it active: restart, coloured row, its name on the status bar.
+  QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
+  second->enabledCheck()->click();
+  EXPECT_EQ(central.currentMode(), 3);
+  EXPECT_EQ(list->activeRowMode(), 3);
+  EXPECT_EQ(log.calls("krtSetTimebase").size(), 1u);
+  ASSERT_TRUE(waitForMode(modeText, "Second"));
+  // Index 3 has no generator yet: the thread returns at once and plays nothing.
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtAbort").empty(); }));
+  EXPECT_TRUE(log.calls("krtSubmitIQ").empty());
+
+  // Only the active view's changes restart the output.
+  log.mark();
+  emit first->updated();
+  EXPECT_TRUE(log.calls("krtSetTimebase").empty());
+  emit second->updated();
+  EXPECT_EQ(log.calls("krtSetTimebase").size(), 1u);
+}
+
+TEST_F(CentralWidgetTest, PresetRestoresTheFactoryStateButKeepsTheMode) {
+  auto* view = new PlainView("Only", 1);
+  central.addMode(view);
+  connect();
+  view->enabledCheck()->click();
+  central.setRFEnabled(true);
+  central.setModEnabled(true);
+  button("Ext Ref")->click();
+  central.setCenterFrequency(3e9);
+  central.setStepFrequency(5e3);
+  central.setLevel(-55);
+  central.setLevelStep(3);
+  const int defaultsBefore = view->defaults;
+
+  central.presetButtonPressed();
+  EXPECT_FALSE(central.rfEnabled());
+  EXPECT_FALSE(central.modEnabled());
+  EXPECT_FALSE(central.referenceEnabled());
+  EXPECT_DOUBLE_EQ(central.frequency(), 1e9);
+  EXPECT_DOUBLE_EQ(central.frequencyStep(), 1e6);
+  EXPECT_DOUBLE_EQ(central.level(), -20);
+  EXPECT_DOUBLE_EQ(central.levelStep(), 10);
+  EXPECT_EQ(view->defaults, defaultsBefore + 1);
+  EXPECT_EQ(central.currentMode(), 1);
+  EXPECT_EQ(errorLogCount(), 0);
+}
+
+TEST_F(CentralWidgetTest, LostDeviceIsReportedFromTheStream) {
+  connect();
+  central.setRFEnabled(true);
+  QSignalSpy lost(&central, &CentralWidget::deviceConnectionLost);
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
+  std::ofstream(unplugPath()) << "unplugged";
+  EXPECT_TRUE(waitUntil([&] { return lost.count() == 1; }));
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtAbort").empty(); }));
+}
+
+}  // namespace

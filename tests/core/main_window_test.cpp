@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+// The window's start-up outcomes, connect and disconnect, lost device and window state.
+// Each Startup case runs in a process of its own with the devices its CTest entry names.
+#include "core/main_window.h"
+
+#include "core/central_widget.h"
+#include "core/status_bar.h"
+#include "core_test_env.h"
+#include "krt/krt_api.h"
+#include "persist/paths.h"
+#include "shell/message_box.h"
+#include "support/events_log.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QSettings>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+namespace {
+
+struct Warning {
+  QString title;
+  QString text;
+};
+
+// Collects the warnings instead of showing modal boxes.
+class WarningRecorder {
+public:
+  WarningRecorder() {
+    previous = setWarningPresenter([this](QWidget*, const QString& title, const QString& text) {
+      warnings.push_back({title, text});
+    });
+  }
+  ~WarningRecorder() { setWarningPresenter(previous); }
+  std::vector<Warning> warnings;
+
+private:
+  WarningPresenter previous;
+};
+
+QString deviceText(MainWindow& w) { return w.statusBarWidget()->deviceLabel->text(); }
+QString serialText(MainWindow& w) { return w.statusBarWidget()->serialLabel->text(); }
+
+QMenu* menu(MainWindow& w, const QString& title) {
+  for (QAction* a : w.menuBar()->actions())
+    if (a->text() == title) return a->menu();
+  return nullptr;
+}
+
+TEST(Startup, NoDevice) {
+  WarningRecorder recorder;
+  MainWindow window;
+  ASSERT_EQ(recorder.warnings.size(), 1u);
+  EXPECT_EQ(recorder.warnings[0].title, "Tarnwick KRT40");
+  EXPECT_EQ(recorder.warnings[0].text, "No Device Found.");
+  EXPECT_FALSE(window.session().isOpen());
+  EXPECT_FALSE(window.centralPanel()->isEnabled());
+  EXPECT_EQ(deviceText(window), "   No Device Connected   ");
+
+  QMenu* connectMenu = menu(window, "File")->findChild<QMenu*>();
+  window.populateConnectMenu();
+  ASSERT_EQ(connectMenu->actions().size(), 1);
+  EXPECT_EQ(connectMenu->actions()[0]->text(), "No Devices Found");
+  EXPECT_FALSE(connectMenu->actions()[0]->isEnabled());
+}
+
+TEST(Startup, OneDevice) {
+  WarningRecorder recorder;
+  MainWindow window;
+  EXPECT_TRUE(recorder.warnings.empty());
+  EXPECT_TRUE(window.session().isOpen());
+  EXPECT_TRUE(window.centralPanel()->isEnabled());
+  EXPECT_TRUE(window.centralPanel()->isStreaming());
+  EXPECT_EQ(deviceText(window), "   KRT40A   ");
+  EXPECT_EQ(serialText(window), "   S/N - 21000001   F/W - 3   ");
+}
+
+TEST(Startup, SeveralDevices) {
+  WarningRecorder recorder;
+  MainWindow window;
+  ASSERT_EQ(recorder.warnings.size(), 1u);
+  EXPECT_EQ(recorder.warnings[0].text,
+            "More than one device found.\nUse the File->Connect menu to connect a device.");
+  EXPECT_FALSE(window.session().isOpen());
+
+  QMenu* connectMenu = menu(window, "File")->findChild<QMenu*>();
+  window.populateConnectMenu();
+  ASSERT_EQ(connectMenu->actions().size(), 2);
+  EXPECT_EQ(connectMenu->actions()[1]->text(), "KRT40: 21000002");
+  window.connectDevice(connectMenu->actions()[1]);
+  EXPECT_EQ(recorder.warnings.size(), 1u);
+  EXPECT_EQ(serialText(window), "   S/N - 21000002   F/W - 3   ");
+  window.aboutToShowFileMenu();
+  EXPECT_FALSE(connectMenu->isEnabled()) << "one device at a time";
+}
+
+TEST(Startup, OpenFails) {
+  // The only device is already open elsewhere, so the window's open is refused.
+  int handle = -1;
+  ASSERT_EQ(krtOpenDeviceBySerial(&handle, 21000001), 0);
+  WarningRecorder recorder;
+  {
+    MainWindow window;
+    ASSERT_EQ(recorder.warnings.size(), 1u);
+    EXPECT_EQ(recorder.warnings[0].text, "Unable to open device.");
+    EXPECT_FALSE(window.centralPanel()->isEnabled());
+  }
+  krtCloseDevice(handle);
+}
+
+TEST(Window, LostDeviceClosesAndTellsTheUser) {
+  std::remove(unplugPath().c_str());
+  WarningRecorder recorder;
+  MainWindow window;
+  window.centralPanel()->setRFEnabled(true);
+  EventsLog log(eventsPath());
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
+  std::ofstream(unplugPath()) << "unplugged";
+  ASSERT_TRUE(waitUntil([&] { return !recorder.warnings.empty(); }));
+  EXPECT_EQ(recorder.warnings[0].title, "Error");
+  EXPECT_EQ(recorder.warnings[0].text, "Device Connection Lost");
+  EXPECT_FALSE(window.session().isOpen());
+  EXPECT_FALSE(window.centralPanel()->isEnabled());
+  EXPECT_EQ(deviceText(window), "   No Device Connected   ");
+  std::remove(unplugPath().c_str());
+}
+
+TEST(Window, DisconnectStopsTheThreadBeforeClosing) {
+  WarningRecorder recorder;
+  MainWindow window;
+  window.centralPanel()->setRFEnabled(true);
+  EventsLog log(eventsPath());
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
+  log.mark();
+  window.disconnectDevice();
+  EXPECT_FALSE(window.centralPanel()->isStreaming());
+  const auto seq = log.sequence({"krtGetUSBStatus", "krtSubmitIQ"});
+  ASSERT_GE(seq.size(), 2u);
+  EXPECT_EQ(seq[seq.size() - 2], "krtAbort");
+  EXPECT_EQ(seq.back(), "krtCloseDevice");
+  window.disconnectDevice();  // twice is harmless
+  EXPECT_EQ(serialText(window), "");
+}
+
+TEST(Window, StateSurvivesARestart) {
+  WarningRecorder recorder;
+  const QRect placed(40, 50, 900, 700);
+  {
+    MainWindow window;
+    window.show();
+    window.setGeometry(placed);
+    window.close();
+  }
+  QSettings settings(preferencesPath(), QSettings::IniFormat);
+  EXPECT_TRUE(settings.value("MainWindow/State").isValid());
+  EXPECT_FALSE(settings.value("MainWindow/Maximized").toBool());
+  MainWindow again;
+  EXPECT_EQ(again.geometry().size(), placed.size());
+}
+
+TEST(Window, MenusHoldEveryEntry) {
+  WarningRecorder recorder;
+  MainWindow window;
+  QStringList titles;
+  for (QAction* a : window.menuBar()->actions()) titles << a->text();
+  EXPECT_EQ(titles, (QStringList{"File", "Edit", "Presets", "Utilites", "Help"}));
+  QStringList presets;
+  for (QAction* a : menu(window, "Presets")->actions()) presets << a->text();
+  EXPECT_EQ(presets, (QStringList{"Load User Preset", "Save User Preset", "", "Quick Load",
+                                  "Quick Save", "", "Save Power On Preset",
+                                  "Delete Power On Preset"}));
+  QMenu* quickLoad = menu(window, "Presets")->actions()[3]->menu();
+  ASSERT_EQ(quickLoad->actions().size(), 9);
+  EXPECT_EQ(quickLoad->actions()[8]->shortcut(), QKeySequence("Ctrl+9"));
+  EXPECT_EQ(quickLoad->actions()[8]->data().toInt(), 9);
+  window.aboutToShowPresetMenu();
+  EXPECT_FALSE(menu(window, "Presets")->actions().back()->isEnabled())
+      << "no power-on preset file yet";
+}
+
+}  // namespace
