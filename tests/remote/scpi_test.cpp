@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+// Scpi: lines in, exact bytes out; which row matched, the path rule, readers and framing.
+#include "remote/scpi.h"
+#include "scpi_rig.h"
+
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace {
+
+struct LineCase {
+  const char* in;
+  const char* out;  // exact bytes on the socket
+  const char* log;  // rows that matched, with their parameters
+};
+
+TEST(Scpi, LinesMatchRowsAndJoinReplies) {
+  const LineCase cases[] = {
+      {"*IDN?\n", "q1\n", "1"},
+      {"*idn?\r\n", "q1\n", "1"},
+      {"*IDN ?\n", "", ""},  // the blank cuts the "?" off the header
+      {":OUTP?\n", "q25\n", "25"},
+      {":OUTP:MOD?\n", "q27\n", "27"},
+      {":OUTP:IMP:LSP?\n", "q31\n", "31"},
+      {":SOURCE:FREQ 1e9\n", "", "48(1e9)"},
+      {":SOUR1:FREQ 1e9\n", "", ""},
+      {"FREQU 1e9\n", "", ""},
+      {"FREQ\t1e9\n", "", ""},
+      {"FREQ 1 GHz\n", "", "48(1 GHz)"},
+      {"FREQ 1,,2\n", "", "48(1)()(2)"},
+      {"FREQ   \n", "", "48"},
+      {"FREQ \"a;b,c\"\n", "", "48(\"a)"},  // quotes protect neither ";" nor ","
+      {":SOUR:RAMP:STAT ON\n", "", "110(ON)"},
+      {":RAMP:SWE:PER?\n", "", ""},
+      {":RAMP:SWE:PER 1ms\n", "", "118(1ms)"},  // 119 has the same text and is never reached
+      {":RAD:CUST:FILT:LEN 8;LENG?\n", "q141\n", "140(8) 141"},
+      {":RAD:CUST:FILT:LEN?\n", "", ""},
+      {":RAD:ARB:WAV:LOAD:BIN16 \"a.bin\"\n", "", ""},
+      // The path after a row ends before its last keyword, optional or not.
+      {":SOUR:AM:DEPT 50;FREQ 1k\n", "", "62(50)"},
+      {":SOUR:AM:DEPT 50;LIN 5\n", "", "62(50) 62(5)"},
+      {":SOUR:AM:DEPT 50;:FREQ 1k\n", "", "62(50) 48(1k)"},
+      {"FREQ 1e9;POW -10;*IDN?\n", "q1\n", "48(1e9) 52(-10) 1"},
+      {":SYST:ERR?;COUN?\n", "q10;q9\n", "10 9"},
+      {"FREQ?;BOGUS;POW?\n", "q49;;q53\n", "49 53"},
+      // Silence after an answer leaves a ";"; silence before the first answer leaves nothing.
+      {"FREQ?;POW 1\n", "q49;\n", "49 52(1)"},
+      {"POW 1;FREQ?\n", "q49\n", "52(1) 49"},
+      {"\n", "", ""},
+      {";;;\n", "", ""},
+      {"  ; \t;\n", "", ""},
+  };
+  for (const LineCase& c : cases) {
+    ScpiRig rig;
+    EXPECT_EQ(rig.send(QString::fromUtf8(c.in)), QByteArray(c.out)) << c.in;
+    EXPECT_EQ(rig.takeLog(), QString::fromUtf8(c.log)) << c.in;
+  }
+}
+
+// Headers built from the pattern text: long and short forms, with and without the optional
+// keywords, in both cases.
+TEST(Scpi, EveryRowMatchesItsOwnForms) {
+  ScpiRig rig;
+  for (const ScpiCommandSpec& command : scpiCommandTable) {
+    QString pattern = QString::fromLatin1(command.pattern);
+    const bool query = pattern.endsWith(QLatin1Char('?'));
+    if (query) pattern.chop(1);
+    QStringList longAll, shortAll, longMandatory, shortMandatory;
+    for (QString keyword : pattern.split(QLatin1Char(':'), Qt::SkipEmptyParts)) {
+      const bool optional = keyword.startsWith(QLatin1Char('&'));
+      keyword.remove(QLatin1Char('&'));
+      const QString shortForm = QString(keyword).remove(QRegularExpression("[a-z]"));
+      longAll << keyword.toUpper();
+      shortAll << shortForm.toLower();
+      if (optional) continue;
+      longMandatory << keyword.toLower();
+      shortMandatory << shortForm;
+    }
+    // 119 repeats 118's text; 165 and 166 end in digits, which no keyword of the table takes.
+    int expected = command.id == 119 ? 118 : command.id;
+    if (command.id == 165 || command.id == 166) expected = 0;
+    for (const QStringList& header : {longAll, shortAll, longMandatory, shortMandatory}) {
+      const QString line =
+          QLatin1Char(':') + header.join(QLatin1Char(':')) + (query ? "?\n" : "\n");
+      const QByteArray reply = query && expected ? "q" + QByteArray::number(expected) + "\n" : "";
+      EXPECT_EQ(rig.send(line), reply) << qPrintable(line);
+      EXPECT_EQ(rig.takeLog(), expected ? QString::number(expected) : QString())
+          << qPrintable(line);
+    }
+  }
+}
+
+TEST(Scpi, NumericSuffixesAndFirstRowWins) {
+  const ScpiCommandSpec table[] = {{"MEASure#:VOLTage#?", 1},
+                                   {"&SOURce#:FREQuency", 2},
+                                   {"&SOURce:LEVel", 3},
+                                   {"&SOURce:LEVel", 4},
+                                   {"OUTPut#:&STATe", 5}};
+  const LineCase cases[] = {
+      {"MEAS2:VOLT10?\n", "q1\n", "1#2#10"},
+      {"MEAS:VOLT?\n", "q1\n", "1#-1#-1"},
+      {"FREQ 5\n", "", "2(5)"},  // a skipped optional keyword adds no suffix
+      {"SOUR3:FREQ 5\n", "", "2#3(5)"},
+      {"LEV 1\n", "", "3(1)"},
+      {"SOUR2:LEV 1\n", "", ""},
+      {"OUTP1;STAT\n", "", "5#1 5#-1"},  // the path holds forms, not the digits given
+  };
+  for (const LineCase& c : cases) {
+    ScpiRig rig(table, 5);
+    EXPECT_EQ(rig.send(QString::fromUtf8(c.in)), QByteArray(c.out)) << c.in;
+    EXPECT_EQ(rig.takeLog(), QString::fromUtf8(c.log)) << c.in;
+  }
+}
+
+enum class Reader {
+  Frequency, Time, Double, Int, Bool, String, Word, LowerWord, Block, Up, Down, Min, Max
+};
+
+// Runs one reader on the command's parameter; answers its result and the parameters left.
+QString readOnce(Scpi* s, Reader reader) {
+  double d = 0;
+  int i = 0;
+  bool b = false;
+  QString t;
+  QByteArray block;
+  bool ok = true;
+  QString value;
+  switch (reader) {
+    case Reader::Frequency: ok = s->nextFrequency(d), value = QString::number(d, 'g', 15); break;
+    case Reader::Time: ok = s->nextTime(d), value = QString::number(d, 'g', 15); break;
+    case Reader::Double: ok = s->nextDouble(d), value = QString::number(d, 'g', 15); break;
+    case Reader::Int: ok = s->nextInt(i), value = QString::number(i); break;
+    case Reader::Bool: ok = s->nextBool(b), value = QString::number(b); break;
+    case Reader::String: ok = s->nextString(t), value = t; break;
+    case Reader::Word: ok = s->nextWord(t, false), value = t; break;
+    case Reader::LowerWord: ok = s->nextWord(t, true), value = t; break;
+    case Reader::Block: ok = s->nextBlock(block), value = QString::fromUtf8(block); break;
+    case Reader::Up: value = QString::number(s->isUp()); break;
+    case Reader::Down: value = QString::number(s->isDown()); break;
+    case Reader::Min: value = QString::number(s->isMin()); break;
+    case Reader::Max: value = QString::number(s->isMax()); break;
+  }
+  return (ok ? value : QStringLiteral("fail")) + QLatin1Char(',') +
+         QString::number(s->parameterCount());
+}
+
+// Each case answers the reader's value, or "fail", then the count of parameters left: a
+// failed reader keeps the parameter for the next one. An empty case sends no parameter.
+TEST(Scpi, ReadersConvertOrLeaveTheParameter) {
+  using Rows = std::vector<std::pair<const char*, const char*>>;
+  const std::pair<Reader, Rows> groups[] = {
+      {Reader::Frequency,
+       {{"", "fail,0"}, {"1 GHz", "1000000000,0"}, {"2.5mhz", "2500000,0"},
+        {"10 kHz", "10000,0"}, {"5kh", "5000,0"}, {"-1.5 khz", "-1500,0"},
+        {"+2G", "2000000000,0"}, {"3", "3,0"}, {"1e9", "1000000000,0"}, {"1e10", "fail,1"},
+        {"5e", "fail,1"}, {"1.5e-3", "fail,1"}, {"1 xyz", "fail,1"}, {"hz", "fail,1"},
+        {"-1-1", "-1,0"}}},  // every copy of the number goes before the unit is looked for
+      {Reader::Time,
+       {{"", "fail,0"}, {"5", "5e-06,0"}, {"5 ms", "0.005,0"}, {"1.5s", "1.5,0"},
+        {"2 US", "2e-06,0"}, {"1e3", "1e-06,0"}, {"3min", "3e-06,0"}, {"-1", "fail,1"},
+        {"ms", "fail,1"}, {"1..2s", "fail,1"}}},
+      {Reader::Double,
+       {{"", "fail,0"}, {"2.5", "2.5,0"}, {"1e3", "1000,0"}, {"1 kHz", "fail,1"}}},
+      {Reader::Int,
+       {{"", "fail,0"}, {"-7", "-7,0"}, {"+5", "5,0"}, {"1.5", "fail,1"}, {"0x10", "fail,1"},
+        {"99999999999", "fail,1"}}},
+      {Reader::Bool,
+       {{"", "fail,0"}, {"ON", "1,0"}, {"off", "0,0"}, {"1", "1,0"}, {"0", "0,0"},
+        {"2", "fail,1"}, {"true", "fail,1"}}},
+      {Reader::String,
+       {{"\"a b\"", "a b,0"}, {"\"\"", ",0"}, {"\"a\\\"b\"", "a\\\"b,0"}, {"'x'", "fail,1"},
+        {"\"x", "fail,1"}}},
+      {Reader::Word, {{"", "fail,0"}, {"MiXed", "MiXed,0"}}},
+      {Reader::LowerWord, {{"MiXed", "mixed,0"}}},
+      {Reader::Up, {{"Up", "1,1"}, {"UPP", "0,1"}}},
+      {Reader::Down, {{"DOWN", "1,1"}}},
+      {Reader::Max, {{"", "0,0"}, {"MAXimum", "1,1"}, {"MAXI", "0,1"}}},
+      {Reader::Min, {{"min", "1,1"}, {"MINIMUM", "1,1"}}},
+      {Reader::Block,
+       {{"", "fail,0"}, {"#15hello", "hello,0"}, {"#210abcdefghij", "abcdefghij,0"},
+        {"#3999abc", "abc,0"}, {"#9999999999", ",0"}, {"#", ",0"}, {"#2-5abc", ",0"},
+        {"x#15hello", "fail,1"}}},
+  };
+  for (const auto& [reader, rows] : groups) {
+    for (const auto& [parameter, out] : rows) {
+      ScpiRig rig;
+      rig.act = [reader = reader](Scpi* s) { s->addResponse(readOnce(s, reader)); };
+      const QString line = QStringLiteral("FREQ ") + QString::fromUtf8(parameter) + "\n";
+      EXPECT_EQ(rig.send(line), QByteArray(out) + "\n") << parameter;
+    }
+  }
+}
+
+TEST(Scpi, FramingAcrossFeedsAndClients) {
+  ScpiRig rig;
+  EXPECT_EQ(rig.send("*ID"), QByteArray(""));
+  EXPECT_EQ(rig.send("N?"), QByteArray(""));
+  EXPECT_EQ(rig.send("\n"), QByteArray("q1\n"));
+  EXPECT_EQ(rig.send("*IDN?\n:FREQ?;POW?\nPOW?\n"), QByteArray("q1\nq49;q53\nq53\n"));
+  EXPECT_EQ(rig.send("*I\rDN?\r\nPOW?"), QByteArray("q1\n"));
+  EXPECT_EQ(rig.scpi.pendingLength(), 4);
+  EXPECT_EQ(rig.send("\n"), QByteArray("q53\n"));
+
+  // The half line of a client that left becomes the head of the next client's first line.
+  QBuffer next;
+  next.open(QIODevice::ReadWrite);
+  EXPECT_EQ(rig.send("*ID"), QByteArray(""));
+  rig.scpi.setSocket(&next);
+  rig.scpi.feed("N?\n");
+  EXPECT_EQ(next.data(), QByteArray("q1\n"));
+
+  // A reply with no client goes nowhere and leaves nothing behind.
+  rig.scpi.setSocket(nullptr);
+  rig.scpi.feed("*IDN?\n");
+  rig.scpi.setSocket(&rig.socket);
+  EXPECT_EQ(rig.send("POW 1\n"), QByteArray(""));
+  EXPECT_EQ(rig.send("POW?\n"), QByteArray("q53\n"));
+}
+
+TEST(Scpi, HandlerFailureLosesOnlyItsLine) {
+  ScpiRig rig;
+  rig.scpi.setHandler(nullptr);
+  EXPECT_EQ(rig.send("*IDN?\n*IDN?;POW?\n"), QByteArray(""));
+  rig.scpi.setHandler([](Scpi* s) {
+    s->addResponse(QString::number(s->commandId()));
+    if (s->commandId() == 49) throw std::runtime_error("handler failed");
+  });
+  EXPECT_EQ(rig.send("*IDN?;FREQ?;POW?\n*IDN?\n"), QByteArray("1\n"));
+  EXPECT_EQ(rig.send("POW?\n"), QByteArray("53\n"));  // nothing of the lost line is left behind
+}
+
+}  // namespace
