@@ -5,9 +5,11 @@
 #include "core/central_widget.h"
 #include "core/impairment_widget.h"
 #include "persist/paths.h"
+#include "shell/about_dialog.h"
 #include "shell/error_log.h"
 #include "shell/error_queue.h"
 #include "shell/file_dialogs.h"
+#include "shell/preferences_editor.h"
 
 #include <QDesktopServices>
 #include <QDockWidget>
@@ -131,7 +133,10 @@ void MainWindow::saveAsImageClicked() {
   grab().toImage().save(name);
 }
 
-void MainWindow::editPreferences() {}
+void MainWindow::editPreferences() {
+  PreferencesEditor editor(this);
+  editor.exec();
+}
 
 // ---- Presets: the preset files arrive with the remote interface ----------------------------
 
@@ -167,4 +172,7 @@ void MainWindow::openWebsite() { QDesktopServices::openUrl(QUrl(KRT40_WEBSITE_UR
 
 void MainWindow::openSupportForums() { QDesktopServices::openUrl(QUrl(KRT40_FORUM_URL)); }
 
-void MainWindow::showAboutDialog() {}
+void MainWindow::showAboutDialog() {
+  AboutDialog dialog(versionChecker, this);
+  dialog.exec();
+}
