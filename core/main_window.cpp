@@ -84,6 +84,9 @@ void MainWindow::loadStyleSheet() {
 // ---- Connect and disconnect ---------------------------------------------------------------
 
 void MainWindow::connectFirstDevice() {
+  // Without a device the panel and the impairments stay disabled; a connect enables them.
+  central->setEnabled(false);
+  impairments->setEnabled(false);
   const std::vector<int> serials = device.deviceList();
   if (serials.empty()) {
     showWarning(this, appTitle, "No Device Found.");

@@ -84,6 +84,7 @@ BENCHMARK(BM_SubmitWaveformSteady)->Unit(benchmark::kMillisecond)->UseRealTime()
 }  // namespace
 
 // Counts every allocation in the process, the device library's included.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void* operator new(std::size_t size) {
   allocations.fetch_add(1, std::memory_order_relaxed);
   if (void* p = std::malloc(size ? size : 1)) return p;
