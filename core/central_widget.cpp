@@ -59,10 +59,14 @@ CentralWidget::CentralWidget(Device* device, ImpairmentWidget* impairments, QWid
   connect(this, &CentralWidget::showProgressDialogSignal, this, &CentralWidget::showProgressDialogSlot);
   connect(this, &CentralWidget::setProgressPercentSignal, this, &CentralWidget::setProgressPercentSlot);
   connect(this, &CentralWidget::hideProgressDialogSignal, this, &CentralWidget::hideProgressDialogSlot);
+  setUpRemote();
   if (parent) connect(this, SIGNAL(deviceConnectionLost()), parent, SLOT(deviceConnectionLost()));
 }
 
-CentralWidget::~CentralWidget() { stopStreaming(); }
+CentralWidget::~CentralWidget() {
+  stopScpiServer();
+  stopStreaming();
+}
 
 void CentralWidget::buildFrontPanel() {
   frequencyLabel = new QLabel("  Freq  ", this);

@@ -5,8 +5,10 @@
 #include "core/opc_gate.h"
 #include "core/stream_engine.h"
 #include "core/tune_record.h"
+#include "remote/scpi.h"
 
 #include <QList>
+#include <QTcpServer>
 #include <QWidget>
 
 #include <atomic>
@@ -27,8 +29,11 @@ class QListWidgetItem;
 class QProgressDialog;
 class QPushButton;
 class QScrollArea;
+class QSettings;
 class QSquareButton;
+class QTcpSocket;
 class QVBoxLayout;
+class SCPIRemoteDialog;
 
 // Every change of a setting ends in settingsChanged(), which stops and joins the streaming
 // thread, sends the few settings that need a stopped stream, and starts a new thread; the new
@@ -65,6 +70,24 @@ public:
   // The shared submit routine of every generator; see StreamEngine.
   void submitWaveform(const Sample* samples, int64_t length, bool singleShot);
 
+  // Presets: the whole instrument in one INI file.
+  void savePreset(const QString& path);
+  void loadPreset(const QString& path);
+  void saveQuickPreset(int n);
+  void loadQuickPreset(int n);
+  void savePowerOnPreset();
+  void deletePowerOnPreset();
+  void loadPowerOnPreset();
+
+  // Remote interface: one client at a time on the loopback interface.
+  void startScpiServer();
+  void stopScpiServer();
+  void restartScpiServerIfIdle();
+  quint16 scpiServerPort() const { return scpiServer.serverPort(); }
+  bool isScpiListening() const { return scpiServer.isListening(); }
+  SCPIRemoteDialog* remoteNotice() const { return remoteDialog; }
+  void handleScpiCommand(Scpi* command);
+
 signals:
   void updateTemp(QString);
   void showProgressDialogSignal();
@@ -74,6 +97,11 @@ signals:
   void streamingSetPos(double);
   void updateStatusBarModeSignal(QString text);
   void deviceConnectionLost();
+  // Remote commands that act on the main window; connected directly, so they have acted when
+  // the emit returns.
+  void connectDeviceRequested(int serialNumber);
+  void disconnectDeviceRequested();
+  void closeWindowRequested();
 
 public slots:
   void modeChanged(int);
@@ -96,6 +124,9 @@ public slots:
   void showProgressDialogSlot();
   void setProgressPercentSlot(int progress);
   void hideProgressDialogSlot();
+  void handleSCPIConnection();
+  void handleSCPIDisconnect();
+  void readSCPISocket();
 
 protected:
   void paintEvent(QPaintEvent* event) override;
@@ -112,6 +143,17 @@ private:
   void runOffState();
   void generateCW();
 
+  void setUpRemote();
+  void showRemoteDialog();
+  void handleCommonCommand(Scpi& command, int id);
+  void handleSourceCommand(Scpi& command, int id);
+  void selectMode(int modeIndex);
+  void loadHeadKeys(QSettings& settings);
+
+  QTcpServer scpiServer;
+  QTcpSocket* scpiSocket = nullptr;
+  Scpi scpi;
+  SCPIRemoteDialog* remoteDialog = nullptr;
   OpcGate opcGate;
   Device* device;
   ImpairmentWidget* impairments;

@@ -6,6 +6,8 @@
 
 #include <QWidget>
 
+class QSettings;
+
 #include <cstdint>
 #include <utility>
 
@@ -23,6 +25,9 @@ public:
   double timebaseOffset() const { return 0.0; }
 
   void setDefaults() {}
+  // Group "Impairments" of a preset.
+  void saveSettings(QSettings* settings);
+  void loadSettings(QSettings* settings);
   void invalidateNoise() { noiseValid = false; }
   void process(const Sample* in, Sample* out, int count) override;
 

@@ -47,6 +47,11 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
 
   connect(central, &CentralWidget::updateStatusBarModeSignal, this, &MainWindow::updateStatusBarModeSlot);
   connect(central, &CentralWidget::updateTemp, this, &MainWindow::updateTemp);
+  connect(central, &CentralWidget::connectDeviceRequested, this,
+          qOverload<int>(&MainWindow::connectDevice), Qt::DirectConnection);
+  connect(central, &CentralWidget::disconnectDeviceRequested, this, &MainWindow::disconnectDevice,
+          Qt::DirectConnection);
+  connect(central, &CentralWidget::closeWindowRequested, this, &QWidget::close, Qt::QueuedConnection);
   connect(&versionChecker, &VersionChecker::broadcastNewVersionAvailable, this,
           &MainWindow::showNewVersionMessage);
   versionChecker.start();
@@ -145,6 +150,7 @@ void MainWindow::afterConnect() {
   statusBar->setDeviceText(QString::fromStdString(device.modelName()));
   statusBar->setSerialText("S/N - " + QString::fromStdString(device.serialNumberText()) + "   " +
                            "F/W - " + QString::fromStdString(device.firmwareText()));
+  central->loadPowerOnPreset();
 }
 
 void MainWindow::disconnectDevice() {

@@ -136,16 +136,28 @@ void MainWindow::saveAsImageClicked() {
 void MainWindow::editPreferences() {
   PreferencesEditor editor(this);
   editor.exec();
+  central->restartScpiServerIfIdle();
 }
 
-// ---- Presets: the preset files arrive with the remote interface ----------------------------
+// ---- Presets --------------------------------------------------------------------------------
 
-void MainWindow::loadPreset(QAction*) {}
-void MainWindow::savePreset(QAction*) {}
-void MainWindow::selectPresetLoad() {}
-void MainWindow::selectPresetSave() {}
-void MainWindow::savePowerOnPreset() {}
-void MainWindow::deletePowerOnPreset() {}
+void MainWindow::loadPreset(QAction* action) { central->loadQuickPreset(action->data().toInt()); }
+
+void MainWindow::savePreset(QAction* action) { central->saveQuickPreset(action->data().toInt()); }
+
+void MainWindow::selectPresetLoad() {
+  const QString name = openFileName("Load User Preset", "Preset File (*.ini)", this);
+  if (!name.isEmpty()) central->loadPreset(name);
+}
+
+void MainWindow::selectPresetSave() {
+  const QString name = saveFileName("Save User Preset", "Preset File (*.ini)", this);
+  if (!name.isEmpty()) central->savePreset(name);
+}
+
+void MainWindow::savePowerOnPreset() { central->savePowerOnPreset(); }
+
+void MainWindow::deletePowerOnPreset() { central->deletePowerOnPreset(); }
 
 // ---- Utilities ----------------------------------------------------------------------------
 

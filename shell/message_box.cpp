@@ -9,12 +9,13 @@
 
 namespace {
 
-void defaultPresenter(QWidget* parent, const QString& title, const QString& text) {
+void defaultPresenter(QMessageBox::Icon icon, QWidget* parent, const QString& title,
+                      const QString& text) {
   if (QGuiApplication::platformName() == "offscreen") {
     std::fprintf(stderr, "%s: %s\n", qPrintable(title), qPrintable(text));
     return;
   }
-  QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, parent);
+  QMessageBox box(icon, title, text, QMessageBox::Ok, parent);
   box.exec();
 }
 
@@ -23,13 +24,21 @@ WarningPresenter& presenter() {
   return current;
 }
 
-}  // namespace
-
-void showWarning(QWidget* parent, const QString& title, const QString& text) {
+void present(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text) {
   if (presenter())
     presenter()(parent, title, text);
   else
-    defaultPresenter(parent, title, text);
+    defaultPresenter(icon, parent, title, text);
+}
+
+}  // namespace
+
+void showWarning(QWidget* parent, const QString& title, const QString& text) {
+  present(QMessageBox::Warning, parent, title, text);
+}
+
+void showInformation(QWidget* parent, const QString& title, const QString& text) {
+  present(QMessageBox::Information, parent, title, text);
 }
 
 WarningPresenter setWarningPresenter(WarningPresenter replacement) {

@@ -15,5 +15,8 @@ using WarningPresenter =
 // the default presenter writes the warning to standard error instead.
 void showWarning(QWidget* parent, const QString& title, const QString& text);
 
+// The same for an information box; it goes through the same presenter.
+void showInformation(QWidget* parent, const QString& title, const QString& text);
+
 // Replaces the presenter; an empty function restores the default. Returns the previous one.
 WarningPresenter setWarningPresenter(WarningPresenter presenter);

@@ -106,8 +106,7 @@ bool parseVersionText(const QString& text, VersionNumber& version) {
   return true;
 }
 
-bool isNewerVersion(const VersionNumber& published) {
-  const VersionNumber& running = kSoftwareVersion;
+bool isNewerVersion(const VersionNumber& published, const VersionNumber& running) {
   const bool majorAtLeast = published.majorPart >= running.majorPart;
   return (published.patchPart > running.patchPart && published.minorPart >= running.minorPart &&
           majorAtLeast) ||

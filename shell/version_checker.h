@@ -24,9 +24,10 @@ constexpr VersionNumber kSoftwareVersion{1, 0, 5};
 // gives false. A part that is not a plain number (a trailing line break included) counts as 0.
 bool parseVersionText(const QString& text, VersionNumber& version);
 
-// True if `published` is newer than the running version. Deliberately not a lexicographic
-// comparison: a higher patch only counts when minor and major are not lower.
-bool isNewerVersion(const VersionNumber& published);
+// True if `published` is newer than `reference` (the running version unless given).
+// Deliberately not a lexicographic comparison: a higher patch only counts when minor and
+// major are not lower.
+bool isNewerVersion(const VersionNumber& published, const VersionNumber& reference = kSoftwareVersion);
 
 class VersionChecker : public QObject {
   Q_OBJECT

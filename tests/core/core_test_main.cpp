@@ -3,6 +3,8 @@
 // folder for the data directory, and a simulated device unless the test run names others.
 #include "core_test_env.h"
 
+#include "persist/preferences.h"
+
 #include <QApplication>
 
 #include <gtest/gtest.h>
@@ -31,6 +33,8 @@ int main(int argc, char** argv) {
   setenv("KRT40_SIM_EVENTS", eventsPath().c_str(), 1);
   setenv("KRT40_SIM_UNPLUG_FILE", unplugPath().c_str(), 1);
   unsetenv("KRT40_SIM_RECORD");
+  // Each panel listens on a free port of its own, never on the instrument's usual one.
+  preferences.scpiPort = 0;
   QApplication app(argc, argv);
   ::testing::InitGoogleTest(&argc, argv);
   int result = RUN_ALL_TESTS();
