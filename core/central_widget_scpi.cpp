@@ -71,6 +71,7 @@ void CentralWidget::readSCPISocket() {
     return;
   }
   const QByteArray bytes = scpiSocket->readAll();
+
   // The text of a chunk ends at its first zero byte.
   scpi.feed(QString::fromUtf8(bytes.constData(), static_cast<int>(qstrnlen(bytes.constData(), bytes.size()))));
 }

@@ -184,4 +184,24 @@ TEST(Window, MenusHoldEveryEntry) {
       << "no power-on preset file yet";
 }
 
+TEST(Window, PowerOnPresetAtEachConnect) {
+  WarningRecorder recorder;
+  MainWindow window;
+  CentralWidget* central = window.centralPanel();
+  central->setCenterFrequency(2.2e9);
+  window.savePowerOnPreset();
+  window.aboutToShowPresetMenu();
+  EXPECT_TRUE(menu(window, "Presets")->actions().back()->isEnabled());
+
+  window.disconnectDevice();
+  central->setCenterFrequency(1e9);
+  window.connectDevice(21000001);
+  EXPECT_DOUBLE_EQ(central->frequency(), 2.2e9);
+
+  window.deletePowerOnPreset();
+  window.aboutToShowPresetMenu();
+  EXPECT_FALSE(menu(window, "Presets")->actions().back()->isEnabled());
+  EXPECT_TRUE(recorder.warnings.empty());
+}
+
 }  // namespace

@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: MIT
+// Preset files: round trip of the whole panel, partial and garbage files, the power-on preset.
+#include "core/central_widget.h"
+
+#include "core/device.h"
+#include "core/impairment_widget.h"
+#include "core_test_env.h"
+#include "modes/mode_widget.h"
+#include "persist/paths.h"
+#include "shell/error_queue.h"
+#include "shell/message_box.h"
+#include "widgets/double_edit.h"
+
+#include <QCheckBox>
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+// A view with one control, "Value" in group "Probe", clamped to 0..10 on load.
+class ProbeView : public ModeWidget {
+public:
+  ProbeView(const QString& name, int index) : ModeWidget(name, index), edit(new DoubleEdit(this)) {}
+  void setDefaults() override { setValue(1); }
+  void saveSettings(QSettings* s) override {
+    s->beginGroup(modeName());
+    s->setValue("Value", edit->value());
+    s->endGroup();
+  }
+  void loadSettings(QSettings* s) override {
+    s->beginGroup(modeName());
+    setValue(s->value("Value", edit->value()).toDouble());
+    s->endGroup();
+  }
+  void setValue(double v) {
+    edit->setValue(std::clamp(v, 0.0, 10.0));
+    emit updated();
+  }
+  DoubleEdit* edit;
+};
+
+struct Message {
+  QString title, text;
+};
+
+class PresetTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    previous = setWarningPresenter([this](QWidget*, const QString& title, const QString& text) {
+      messages.push_back({title, text});
+    });
+    device.setImpairments(&impairments);
+    first = new ProbeView("ProbeA", 1);
+    second = new ProbeView("ProbeB", 3);
+    central.addMode(first);
+    central.addMode(second);
+    ASSERT_TRUE(device.open(21000001));
+    central.startStreamingQuiet();
+    errorLogClear();
+    QFile::remove(powerOnPresetPath());
+  }
+  void TearDown() override {
+    central.stopStreaming();
+    device.close();
+    setWarningPresenter(previous);
+    QFile::remove(powerOnPresetPath());
+  }
+
+  QString path(const QString& name) const { return dir.filePath(name); }
+
+  void write(const QString& file, const std::vector<std::pair<QString, QVariant>>& keys) {
+    QSettings s(file, QSettings::IniFormat);
+    for (const auto& [key, value] : keys) s.setValue(key, value);
+  }
+
+  QTemporaryDir dir;
+  Device device;
+  ImpairmentWidget impairments;
+  CentralWidget central{&device, &impairments};
+  ProbeView* first = nullptr;
+  ProbeView* second = nullptr;
+  std::vector<Message> messages;
+  WarningPresenter previous;
+};
+
+TEST_F(PresetTest, SaveChangeEverythingLoadRestoresIt) {
+  second->enabledCheck()->click();
+  central.setRFEnabled(true);
+  central.setModEnabled(true);
+  central.setReference(KrtTimebaseExternal);
+  central.setCenterFrequency(2.5e9);
+  central.setStepFrequency(5e3);
+  central.setLevel(-42.25);
+  central.setLevelStep(3);
+  first->setValue(7);
+  second->setValue(2.5);
+  central.savePreset(path("all.ini"));
+
+  first->enabledCheck()->click();
+  central.presetButtonPressed();
+  central.loadPreset(path("all.ini"));
+
+  EXPECT_EQ(central.currentMode(), 3);
+  EXPECT_EQ(central.currentView(), second);
+  EXPECT_TRUE(central.rfEnabled());
+  EXPECT_TRUE(central.modEnabled());
+  EXPECT_TRUE(central.referenceEnabled());
+  EXPECT_DOUBLE_EQ(central.frequency(), 2.5e9);
+  EXPECT_DOUBLE_EQ(central.frequencyStep(), 5e3);
+  EXPECT_DOUBLE_EQ(central.level(), -42.25);
+  EXPECT_DOUBLE_EQ(central.levelStep(), 3);
+  EXPECT_DOUBLE_EQ(first->edit->value(), 7);
+  EXPECT_DOUBLE_EQ(second->edit->value(), 2.5);
+  EXPECT_TRUE(central.isStreaming());
+  EXPECT_TRUE(messages.empty());
+  // The load re-arms streaming without a restart, so settings stay pending.
+  EXPECT_TRUE(central.gate().isSettingsPending());
+}
+
+TEST_F(PresetTest, PartialAndGarbageFilesMeetTheClamps) {
+  struct Case {
+    const char* what;
+    std::vector<std::pair<QString, QVariant>> keys;
+    double frequency, step, level, levelStep, probe;
+    std::vector<QString> logged;
+  };
+  const std::vector<Case> cases = {
+      {"only a frequency", {{"Frequency", 2e9}}, 2e9, 1e6, -20, 10, 1, {}},
+      {"out of range", {{"Frequency", 1e10}, {"FrequencyStep", -1}, {"PowerLevel", 99}, {"PowerLevelStep", 500}},
+       6e9, 0, 10, 100, 1, {"-1,Setting clamped;Center frequency clamped", "-1,Setting clamped;Step frequency clamped"}},
+      {"garbage reads as 0", {{"Frequency", "abc"}, {"PowerLevel", "x"}, {"ProbeA/Value", "lots"}},
+       30e6, 1e6, 0, 10, 0, {"-1,Setting clamped;Center frequency clamped"}},
+      {"view value clamped", {{"ProbeA/Value", 50}}, 1e9, 1e6, -20, 10, 10, {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    central.presetButtonPressed();
+    errorLogClear();
+    const QString file = path(QString("case%1.ini").arg(&c - cases.data()));
+    write(file, c.keys);
+    central.loadPreset(file);
+    EXPECT_DOUBLE_EQ(central.frequency(), c.frequency);
+    EXPECT_DOUBLE_EQ(central.frequencyStep(), c.step);
+    EXPECT_DOUBLE_EQ(central.level(), c.level);
+    EXPECT_DOUBLE_EQ(central.levelStep(), c.levelStep);
+    EXPECT_DOUBLE_EQ(first->edit->value(), c.probe);
+    ASSERT_EQ(errorLogCount(), static_cast<int>(c.logged.size()));
+    for (const QString& entry : c.logged) EXPECT_EQ(errorLogNext(), entry);
+  }
+  // The file keeps what it held.
+  EXPECT_EQ(QSettings(path("case1.ini"), QSettings::IniFormat).value("Frequency").toDouble(), 1e10);
+}
+
+TEST_F(PresetTest, ModeKeysWithoutAViewChangeNoMode) {
+  first->enabledCheck()->click();
+  for (int mode : {0, 9, 10, 12, 14, 15, 42, -3}) {
+    SCOPED_TRACE(mode);
+    write(path("mode.ini"), {{"Mode", mode}, {"Frequency", 1.5e9}});
+    central.loadPreset(path("mode.ini"));
+    EXPECT_EQ(central.currentMode(), 1);
+    EXPECT_DOUBLE_EQ(central.frequency(), 1.5e9);
+    EXPECT_TRUE(central.isStreaming());
+  }
+}
+
+TEST_F(PresetTest, MissingFileWarnsAndChangesNothing) {
+  central.setCenterFrequency(2e9);
+  central.loadPreset(path("absent.ini"));
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_EQ(messages[0].title, "No Preset");
+  EXPECT_EQ(messages[0].text, "Unable to load preset.");
+  EXPECT_DOUBLE_EQ(central.frequency(), 2e9);
+  EXPECT_TRUE(central.isStreaming());
+}
+
+TEST_F(PresetTest, SavingReplacesAnOlderFileEntirely) {
+  write(path("old.ini"), {{"Stale", 1}, {"Obsolete/Key", 2}});
+  central.savePreset(path("old.ini"));
+  QSettings s(path("old.ini"), QSettings::IniFormat);
+  EXPECT_FALSE(s.contains("Stale"));
+  EXPECT_FALSE(s.contains("Obsolete/Key"));
+  EXPECT_EQ(s.value("Mode").toInt(), 0);
+  EXPECT_FALSE(s.contains("SoftwareVersion/Major")) << "a user preset carries no version";
+}
+
+TEST_F(PresetTest, PowerOnPresetIsCheckedForItsVersion) {
+  central.setCenterFrequency(2.2e9);
+  central.savePowerOnPreset();
+  {
+    QSettings s(powerOnPresetPath(), QSettings::IniFormat);
+    EXPECT_EQ(s.value("SoftwareVersion/Major").toInt(), 1);
+    EXPECT_EQ(s.value("SoftwareVersion/Minor").toInt(), 0);
+    EXPECT_EQ(s.value("SoftwareVersion/Revision").toInt(), 5);
+  }
+  struct Case {
+    QVariant major, minor, revision;
+    bool loads;
+  };
+  for (const Case& c : {Case{1, 0, 5, true}, Case{1, 1, 0, true}, Case{2, 0, 0, true},
+                        Case{1, 0, 4, false}, Case{0, 9, 9, false}, Case{QVariant(), QVariant(), QVariant(), false}}) {
+    SCOPED_TRACE(c.major.toString().toStdString() + "." + c.minor.toString().toStdString());
+    {
+      QSettings s(powerOnPresetPath(), QSettings::IniFormat);
+      s.remove("SoftwareVersion");
+      if (c.major.isValid()) {
+        s.setValue("SoftwareVersion/Major", c.major);
+        s.setValue("SoftwareVersion/Minor", c.minor);
+        s.setValue("SoftwareVersion/Revision", c.revision);
+      }
+    }
+    central.setCenterFrequency(1e9);
+    messages.clear();
+    central.loadPowerOnPreset();
+    EXPECT_DOUBLE_EQ(central.frequency(), c.loads ? 2.2e9 : 1e9);
+    ASSERT_EQ(messages.size(), c.loads ? 0u : 1u);
+    if (!c.loads) {
+      EXPECT_EQ(messages[0].title, "Power On Preset");
+      EXPECT_EQ(messages[0].text,
+                "Power On preset was created with an older version of KRT40 software that is not "
+                "compatible with the current version.");
+    }
+  }
+  central.deletePowerOnPreset();
+  EXPECT_FALSE(QFile::exists(powerOnPresetPath()));
+  messages.clear();
+  central.loadPowerOnPreset();  // no file: nothing happens
+  EXPECT_TRUE(messages.empty());
+}
+
+}  // namespace

@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+// The remote interface end to end inside the process: a real TCP client against the panel's
+// server, line in, exact reply out, and the state it leaves behind.
+#include "core/central_widget.h"
+
+#include "core/device.h"
+#include "core/impairment_widget.h"
+#include "core_test_env.h"
+#include "persist/paths.h"
+#include "remote/scpi_remote_dialog.h"
+#include "shell/error_queue.h"
+
+#include <QFile>
+#include <QTcpSocket>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// A remote client; every wait runs the event loop, since the server lives on this thread.
+class Client {
+public:
+  explicit Client(quint16 port) {
+    socket.connectToHost("127.0.0.1", port);
+    connected = waitUntil([&] { return socket.state() == QAbstractSocket::ConnectedState; });
+  }
+
+  QString query(const QString& line) {
+    socket.write((line + "\n").toUtf8());
+    if (!waitUntil([&] { return socket.canReadLine(); }, 3000)) return "<no reply>";
+    return QString::fromUtf8(socket.readLine()).chopped(1);
+  }
+
+  // Sends a line that answers nothing and waits until the server has handled it, by
+  // following it with a query on a line of its own.
+  void command(const QString& line) { EXPECT_EQ(query(line + "\n:SYST:VER?"), "1.0.5") << line; }
+
+  bool connected = false;
+  QTcpSocket socket;
+};
+
+class ScpiHandlerTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    device.setImpairments(&impairments);
+    errorLogClear();
+    ASSERT_TRUE(central.isScpiListening());
+  }
+  void TearDown() override {
+    central.stopStreaming();
+    device.close();
+  }
+  void connectDevice() {
+    ASSERT_TRUE(device.open(21000001));
+    central.startStreamingQuiet();
+  }
+
+  Device device;
+  ImpairmentWidget impairments;
+  CentralWidget central{&device, &impairments};
+};
+
+TEST_F(ScpiHandlerTest, IdentityAndSystemRowsWithoutADevice) {
+  Client client(central.scpiServerPort());
+  ASSERT_TRUE(client.connected);
+  const std::vector<std::pair<QString, QString>> rows = {
+      {"*IDN?", "Tarnwick,,,"},
+      {":SYST:VER?", "1.0.5"},
+      {":SYST:DEV:ACT?", "0"},
+      {":SYST:DEV:COUN?", "1"},
+      {":SYST:DEV:LIST?", "21000001"},
+      {":STAT:OPER:COND?", "0"},
+      {":SYSTEM:ERROR:COUNT?", "0"},
+      {":SYST:ERR:NEXT?", "0,No Error;"},
+      {":FREQ?;:POW?", "1e+09;-20"},
+      {":FREQ? MIN;:FREQ? MAX", "3e+07;6e+09"},
+      {":POW? MIN;:POW? MAX;:POW:STEP? MIN;:POW:STEP? MAX", "-120;10;0;100"},
+  };
+  for (const auto& [line, reply] : rows) EXPECT_EQ(client.query(line), reply) << line;
+}
+
+TEST_F(ScpiHandlerTest, IdentityAndDeviceRowsWithADevice) {
+  connectDevice();
+  Client client(central.scpiServerPort());
+  EXPECT_EQ(client.query("*IDN?"), "Tarnwick,KRT40A,21000001,3");
+  EXPECT_EQ(client.query(":SYST:DEV:ACT?"), "1");
+  EXPECT_EQ(client.query(":SYST:DEV:COUN?"), "0");
+  // With a device open the list answers nothing at all.
+  EXPECT_EQ(client.query(":SYST:DEV:LIST?;:SYST:VER?"), "1.0.5");
+}
+
+TEST_F(ScpiHandlerTest, SourceRowsClampAndLogAsTheFrontPanel) {
+  Client client(central.scpiServerPort());
+  struct Row {
+    QString line;
+    double frequency, step, level, levelStep;
+    QString logged;  // empty: nothing logged
+  };
+  const std::vector<Row> rows = {
+      {":FREQ 1", 30e6, 1e6, -20, 10, "-1,Setting clamped;Center frequency clamped"},
+      {"FREQ 1 GHz", 1e9, 1e6, -20, 10, ""},
+      {":SOUR:FREQ:STEP 250 kHz", 1e9, 250e3, -20, 10, ""},
+      {":FREQ UP", 1.00025e9, 250e3, -20, 10, ""},
+      {":FREQ:STEP -5", 1.00025e9, 0, -20, 10, "-1,Setting clamped;Step frequency clamped"},
+      {":POW 50", 1.00025e9, 0, 10, 10, ""},
+      {":POW:STEP 150", 1.00025e9, 0, 10, 100, ""},
+      {":POW DOWN", 1.00025e9, 0, -90, 100, ""},
+      {":POW DOWN", 1.00025e9, 0, -120, 100, ""},
+      {":SOUR1:FREQ 2e9", 1.00025e9, 0, -120, 100, ""},  // digits never match
+      {":FREQ 1e10", 1.00025e9, 0, -120, 100, ""},       // the exponent takes one digit
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.line.toStdString());
+    client.command(row.line);
+    EXPECT_DOUBLE_EQ(central.frequency(), row.frequency);
+    EXPECT_DOUBLE_EQ(central.frequencyStep(), row.step);
+    EXPECT_DOUBLE_EQ(central.level(), row.level);
+    EXPECT_DOUBLE_EQ(central.levelStep(), row.levelStep);
+    EXPECT_EQ(errorLogCount(), row.logged.isEmpty() ? 0 : 1);
+    if (!row.logged.isEmpty()) {
+      EXPECT_EQ(client.query(":SYST:ERR?"), row.logged);
+    }
+  }
+  // MIN and MAX answer on the setting row of the step; its query ignores them.
+  EXPECT_EQ(client.query(":FREQ:STEP MAX"), "6e+09");
+  EXPECT_EQ(client.query(":FREQ:STEP MIN"), "0");
+  EXPECT_EQ(client.query(":FREQ:STEP 1e3;:FREQ:STEP? MAX"), "1000");
+}
+
+TEST_F(ScpiHandlerTest, SwitchesReferenceAndWords) {
+  connectDevice();
+  Client client(central.scpiServerPort());
+  client.command(":OUTP ON;:OUTP:MOD 1;:ROSC:SOUR EXT");
+  EXPECT_TRUE(central.rfEnabled());
+  EXPECT_TRUE(central.modEnabled());
+  EXPECT_TRUE(central.referenceEnabled());
+  EXPECT_EQ(client.query(":OUTP?;:OUTP:MOD?;:ROSC:SOUR?"), "1;1;external");
+  client.command(":ROSC:SOUR sideways");
+  EXPECT_EQ(client.query(":SYST:ERR?"), "-2,Invalid parameter;Expected reference oscillator source");
+  EXPECT_TRUE(central.referenceEnabled());
+  client.command(":OUTP maybe");  // not a boolean: nothing changes, nothing is logged
+  EXPECT_TRUE(central.rfEnabled());
+  EXPECT_EQ(client.query(":SYST:ERR:COUN?"), "0");
+}
+
+TEST_F(ScpiHandlerTest, OperationCompleteFollowsTheRestart) {
+  connectDevice();
+  Client client(central.scpiServerPort());
+  EXPECT_EQ(client.query(":OUTP ON;*OPC;*ESR?"), "0");
+  EXPECT_TRUE(waitUntil([&] { return client.query("*ESR?") == "1"; }));
+  // "*OPC?" exists in the table and does nothing.
+  EXPECT_EQ(client.query("*OPC?;:SYST:VER?"), "1.0.5");
+}
+
+TEST_F(ScpiHandlerTest, PresetRowsAndQuickPresetSlots) {
+  connectDevice();
+  Client client(central.scpiServerPort());
+  client.command(":OUTP ON;:FREQ 3 GHz;:POW -33");
+  EXPECT_EQ(client.query(":SYST:PRES?"), "1");
+  EXPECT_FALSE(central.rfEnabled());
+  EXPECT_DOUBLE_EQ(central.frequency(), 1e9);
+
+  client.command("*SAV 0;*SAV 10");
+  EXPECT_FALSE(QFile::exists(quickPresetPath(0)));
+  EXPECT_FALSE(QFile::exists(quickPresetPath(10)));
+  client.command(":FREQ 2 GHz;*SAV 4;:FREQ 3 GHz;*RCL 10");
+  EXPECT_DOUBLE_EQ(central.frequency(), 3e9);
+  client.command("*RCL 4");
+  EXPECT_DOUBLE_EQ(central.frequency(), 2e9);
+  QFile::remove(quickPresetPath(4));
+}
+
+TEST_F(ScpiHandlerTest, WindowRowsGoThroughTheMainWindowRequests) {
+  int connectSerial = 0, disconnects = 0;
+  QObject::connect(&central, &CentralWidget::connectDeviceRequested, [&](int serial) {
+    connectSerial = serial;
+    device.open(serial);
+  });
+  QObject::connect(&central, &CentralWidget::disconnectDeviceRequested, [&] {
+    ++disconnects;
+    device.close();
+  });
+  Client client(central.scpiServerPort());
+  EXPECT_EQ(client.query(":SYST:DEV:CON? 21000001"), "1");
+  EXPECT_EQ(connectSerial, 21000001);
+  EXPECT_EQ(client.query(":SYST:DEV:DISC?"), "1");
+  EXPECT_EQ(disconnects, 1);
+  EXPECT_EQ(client.query(":SYST:DEV:ACT?"), "0");
+}
+
+TEST_F(ScpiHandlerTest, RemoteNoticeReturnsWithEachCommand) {
+  Client client(central.scpiServerPort());
+  client.command("*CLS");
+  EXPECT_TRUE(central.remoteNotice()->isVisible());
+  client.command(":SYST:COMM:GTL");
+  // The barrier query itself shows the notice again, as any command does.
+  EXPECT_TRUE(central.remoteNotice()->isVisible());
+  central.remoteNotice()->done(0);
+  EXPECT_FALSE(central.remoteNotice()->isVisible());
+  EXPECT_EQ(client.query(":SYST:VER?"), "1.0.5");
+  EXPECT_TRUE(central.remoteNotice()->isVisible());
+}
+
+TEST_F(ScpiHandlerTest, OneClientAtATime) {
+  auto first = std::make_unique<Client>(central.scpiServerPort());
+  ASSERT_TRUE(first->connected);
+  EXPECT_FALSE(central.isScpiListening());
+  // A half line from the first client is joined to the next client's first line.
+  first->socket.write(":SYST:");
+  first->socket.flush();
+  waitUntil([] { return false; }, 100);
+  first.reset();
+  ASSERT_TRUE(waitUntil([&] { return central.isScpiListening(); }));
+  Client second(central.scpiServerPort());
+  EXPECT_EQ(second.query("VER?"), "1.0.5");
+}
+
+}  // namespace

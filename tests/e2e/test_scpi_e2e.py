@@ -1,0 +1,301 @@
+# SPDX-License-Identifier: MIT
+# Remote control end to end: the headless application against the simulated KRT40, driven by pyvisa.
+"""Starts krt40 headless with a private HOME, port, recording and events log, talks SCPI to it
+over loopback with pyvisa, ends it with :SYST:CLOS and then checks what the device recorded.
+
+Usage: /usr/bin/python3 test_scpi_e2e.py --app <path of krt40>
+"""
+
+import argparse
+import array
+import json
+import os
+import select
+import shutil
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+import traceback
+
+import pyvisa
+
+IDENTITY = "Tarnwick,KRT40A,21000001,3"
+SERIAL = "21000001"
+# Enough to hold the whole 2.4 GHz segment (the output there lasts well under a second), small
+# enough to keep the temporary directory at a few tens of megabytes.
+RECORD_MAX = 4000000
+
+
+class Results:
+    """Counts checks; a failed check is reported and the run goes on."""
+
+    def __init__(self):
+        self.passed = 0
+        self.failed = 0
+
+    def check(self, name, ok, detail=""):
+        if ok:
+            self.passed += 1
+        else:
+            self.failed += 1
+            print("FAIL %s%s" % (name, (": " + detail) if detail else ""))
+        return ok
+
+    def equal(self, name, got, expected):
+        return self.check(name, got == expected, "expected %r, got %r" % (expected, got))
+
+
+def free_port():
+    # The port is free once the socket is closed; nothing else on this machine races for it.
+    with socket.socket(socket.AF_INET, socket.SOCK_STREAM) as s:
+        s.bind(("127.0.0.1", 0))
+        return s.getsockname()[1]
+
+
+def closed_port_url():
+    # The version check must fail at once instead of waiting on a name look-up.
+    return "http://127.0.0.1:%d/krt40_version.txt" % free_port()
+
+
+class App:
+    """The application as a child process with a private HOME and simulated device."""
+
+    def __init__(self, path, workdir):
+        self.port = free_port()
+        self.workdir = workdir
+        self.record = os.path.join(workdir, "out")
+        self.events = os.path.join(workdir, "events.jsonl")
+        self.log_path = os.path.join(workdir, "app.log")
+        home = os.path.join(workdir, "home")
+        prefs_dir = os.path.join(home, "Documents", "Tarnwick", "krt40")
+        os.makedirs(prefs_dir)
+        with open(os.path.join(prefs_dir, "Preferences.ini"), "w") as f:
+            f.write("[Preferences]\nSCPIEnabled=true\nSCPIPort=%d\n" % self.port)
+        env = {k: v for k, v in os.environ.items()
+               if not k.startswith("KRT40_") and not k.startswith("XDG_")}
+        env.update({
+            "HOME": home,
+            "QT_QPA_PLATFORM": "offscreen",
+            "KRT40_SIM_DEVICES": SERIAL,
+            "KRT40_SIM_OPEN_MS": "100",
+            "KRT40_SIM_SPEED": "1",
+            "KRT40_SIM_RECORD": self.record,
+            "KRT40_SIM_RECORD_MAX": str(RECORD_MAX),
+            "KRT40_SIM_EVENTS": self.events,
+            "KRT40_VERSION_URL": closed_port_url(),
+        })
+        self.log = open(self.log_path, "wb")
+        self.proc = subprocess.Popen([os.path.abspath(path)], env=env, stdout=self.log, stderr=subprocess.STDOUT,
+                                     cwd=workdir)
+
+    def resource(self):
+        return "TCPIP::127.0.0.1::%d::SOCKET" % self.port
+
+    def wait_exit(self, seconds):
+        try:
+            return self.proc.wait(timeout=seconds)
+        except subprocess.TimeoutExpired:
+            return None
+
+    def kill(self):
+        if self.proc.poll() is None:
+            self.proc.kill()
+            self.proc.wait()
+        self.log.close()
+
+    def log_tail(self, lines=20):
+        with open(self.log_path, "rb") as f:
+            return b"\n".join(f.read().splitlines()[-lines:]).decode("utf-8", "replace")
+
+
+def open_client(rm, app, seconds):
+    """Connects as soon as the server listens (it is closed while another client is served)."""
+    deadline = time.monotonic() + seconds
+    while True:
+        if app.proc.poll() is not None:
+            raise RuntimeError("application exited with %s" % app.proc.returncode)
+        inst = None
+        try:
+            inst = rm.open_resource(app.resource(), read_termination="\n",
+                                    write_termination="\n", timeout=2000, open_timeout=500)
+            # pyvisa-py connects without blocking; a refusal only shows at the first transfer.
+            inst.query("*IDN?")
+            return inst
+        except (pyvisa.errors.VisaIOError, OSError):
+            if inst is not None:
+                inst.close()
+            if time.monotonic() > deadline:
+                raise
+            time.sleep(0.05)
+
+
+def poll_until(inst, query, expected, seconds):
+    """Queries until the reply is `expected`; returns the seconds it took, or None."""
+    start = time.monotonic()
+    while time.monotonic() - start < seconds:
+        if inst.query(query) == expected:
+            return time.monotonic() - start
+        time.sleep(0.005)
+    return None
+
+
+def expect_silence(inst, command, timeout_ms=300):
+    """True if `command` draws no reply within the timeout."""
+    saved = inst.timeout
+    inst.timeout = timeout_ms
+    try:
+        inst.query(command)
+        return False
+    except pyvisa.errors.VisaIOError as e:
+        return e.error_code == pyvisa.constants.StatusCode.error_timeout
+    finally:
+        inst.timeout = saved
+
+
+def second_client_is_refused(port):
+    """A client that comes while another is served gets no answer (or no connection)."""
+    try:
+        s = socket.create_connection(("127.0.0.1", port), timeout=1.0)
+    except ConnectionRefusedError:
+        return True
+    with s:
+        s.sendall(b"*IDN?\n")
+        readable, _, _ = select.select([s], [], [], 0.5)
+        return not readable
+
+
+def check_session(r, rm, app):
+    inst = open_client(rm, app, 20)
+    try:
+        # The server listens before the device is open; wait for the open to finish.
+        r.check("device opens", poll_until(inst, ":SYST:DEV:ACT?", "1", 10) is not None)
+        r.equal("*IDN?", inst.query("*IDN?"), IDENTITY)
+
+        # Settings reach the output; completion is polled with *OPC and *ESR?.
+        inst.write(":FREQ 2.4 GHz")
+        inst.write(":POW -7.5")
+        # In one line the restart has only just begun when *ESR? is read: still pending.
+        r.equal("*ESR? right after a change", inst.query(":OUTP ON;*OPC;*ESR?"), "0")
+        took = poll_until(inst, "*ESR?", "1", 5)
+        r.check("*ESR? reads 1 once the output runs", took is not None, "still 0 after 5 s")
+        r.equal("*ESR? with nothing pending", inst.query("*OPC;*ESR?"), "1")
+        r.equal(":FREQ?", inst.query(":FREQ?"), "2.4e+09")
+        r.equal(":POW?", inst.query(":POW?"), "-7.5")
+        r.equal(":OUTP?", inst.query(":OUTP?"), "1")
+
+        # A clamped frequency: the value moves to the bound and the queue holds one entry.
+        inst.write(":SYST:ERR:CLE")
+        inst.write(":FREQ 1")
+        r.equal(":SYST:ERR:COUN? after a clamp", inst.query(":SYST:ERR:COUN?"), "1")
+        r.equal(":SYST:ERR? clamp entry", inst.query(":SYST:ERR?"),
+                "-1,Setting clamped;Center frequency clamped")
+        r.equal(":SYST:ERR? empty queue", inst.query(":SYST:ERR?"), "0,No Error;")
+
+        # Answers of one line are joined by ";".
+        r.equal(":FREQ?;:POW?", inst.query(":FREQ?;:POW?"), "3e+07;-7.5")
+        r.equal(":FREQ?;:POW -7.5 leaves a ;", inst.query(":FREQ?;:POW -7.5"), "3e+07;")
+
+        # Unknown headers are silent and leave the connection usable; a late reply would show
+        # up as the answer of the next query.
+        r.check("unknown header gets no reply", expect_silence(inst, ":FOO:BAR?"))
+        r.check("query with a digit suffix gets no reply", expect_silence(inst, ":SOUR1:FREQ?"))
+        r.equal("*IDN? after silence", inst.query("*IDN?"), IDENTITY)
+
+        # One client at a time.
+        r.check("second client gets no service", second_client_is_refused(app.port))
+        r.equal("first client still served", inst.query(":POW?"), "-7.5")
+    finally:
+        inst.close()
+
+    # Once the first has left, the server reopens for the next client.
+    inst = open_client(rm, app, 5)
+    try:
+        r.equal("next client served", inst.query("*IDN?"), IDENTITY)
+        r.equal("state kept across clients", inst.query(":FREQ?"), "3e+07")
+        inst.write(":SYST:CLOS")
+    finally:
+        inst.close()
+    code = app.wait_exit(5)
+    r.check(":SYST:CLOS ends the program", code is not None, "still running after 5 s")
+    if code is not None:
+        r.equal("exit code", code, 0)
+
+
+def check_recording(r, app):
+    meta_path = app.record + ".sigmf-meta"
+    data_path = app.record + ".sigmf-data"
+    if not r.check("recording written", os.path.exists(meta_path) and os.path.exists(data_path)):
+        return
+    with open(meta_path) as f:
+        meta = json.load(f)
+    r.equal("datatype", meta["global"].get("core:datatype"), "cf32_le")
+    total = os.path.getsize(data_path) // 8
+    captures = sorted(meta.get("captures", []), key=lambda c: c["core:sample_start"])
+    segment = None
+    for i, c in enumerate(captures):
+        end = captures[i + 1]["core:sample_start"] if i + 1 < len(captures) else total
+        if (c.get("core:frequency") == 2.4e9 and c.get("krt40:level_dbm") == -7.5
+                and c.get("krt40:sample_rate") == 50e6 and end > c["core:sample_start"]):
+            segment = (c["core:sample_start"], end)
+            break
+    if not r.check("capture at 2.4 GHz, -7.5 dBm, 50e6/s", segment is not None,
+                   "captures: %r" % captures):
+        return
+    if total < RECORD_MAX:
+        # The recording went on past the clamp, so the retune to the bound must show.
+        r.check("30 MHz segment follows", any(
+            c.get("core:frequency") == 30e6 and c["core:sample_start"] >= segment[1]
+            for c in captures), "captures: %r" % captures)
+
+    start, end = segment
+    with open(data_path, "rb") as f:
+        f.seek(start * 8)
+        iq = array.array("f")
+        iq.frombytes(f.read((end - start) * 8))
+    if sys.byteorder != "little":
+        iq.byteswap()
+    n = len(iq) // 2
+    r.check("CW samples are (1, 0)", n > 0 and iq[0::2].count(1.0) == n and iq[1::2].count(0.0) == n,
+            "%d samples, first %r" % (n, iq[:4].tolist()))
+
+    # Underruns depend on the load of the machine; they are shown, not judged here.
+    with open(app.events) as f:
+        underruns = sum(1 for line in f if '"device"' in line and "underrun" in line)
+    print("info: %d samples at 2.4 GHz, %d underruns in the events log" % (n, underruns))
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--app", required=True)
+    parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
+    args = parser.parse_args()
+
+    r = Results()
+    workdir = tempfile.mkdtemp(prefix="krt40-e2e-")
+    app = App(args.app, workdir)
+    rm = pyvisa.ResourceManager("@py")
+    try:
+        check_session(r, rm, app)
+    except Exception:
+        r.check("remote session", False, traceback.format_exc())
+    finally:
+        app.kill()
+        rm.close()
+    if r.failed:
+        print("application output:\n" + app.log_tail())
+    try:
+        check_recording(r, app)
+    except Exception:
+        r.check("recording", False, traceback.format_exc())
+    if args.keep:
+        print("kept " + workdir)
+    else:
+        shutil.rmtree(workdir, ignore_errors=True)
+    print("%d passed, %d failed" % (r.passed, r.failed))
+    return 1 if r.failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
