@@ -17,6 +17,12 @@ class Device;
 class DoubleEdit;
 class FrequencyEdit;
 class ImpairmentWidget;
+class ModeViewAM;
+class ModeViewFM;
+class ModeViewMultitone;
+class ModeViewPulse;
+class ModeViewRampSweep;
+class ModeViewStepSweep;
 class ModeWidget;
 class MyButtonGroup;
 class MyListWidget;
@@ -69,6 +75,13 @@ public:
 
   // The shared submit routine of every generator; see StreamEngine.
   void submitWaveform(const Sample* samples, int64_t length, bool singleShot);
+
+  // What the mode generators use on the streaming thread.
+  Device* session() const { return device; }
+  ImpairmentWidget* impairmentPanel() const { return impairments; }
+  StreamEngine& streamEngine() { return engine; }
+  // Retunes to the panel's frequency and level less `levelOffsetDb`, at `sampleRateHz`.
+  void retuneForMode(double sampleRateHz, double levelOffsetDb = 0.0);
 
   // Presets: the whole instrument in one INI file.
   void savePreset(const QString& path);
@@ -142,11 +155,23 @@ private:
   void runGenerator(int modeIndex);
   void runOffState();
   void generateCW();
+  void generateAM();
+  void generateFM();
+  void generatePulse();
+  void generateMultitone();
+  void generateStepSweep();
+  void generateRampSweep();
 
   void setUpRemote();
   void showRemoteDialog();
   void handleCommonCommand(Scpi& command, int id);
   void handleSourceCommand(Scpi& command, int id);
+  // A mode's first row: ON selects the mode as the user would; OFF does nothing at all.
+  void handleModeStateRow(Scpi& command, int modeIndex, bool query);
+  void handleAmFmRows(Scpi& command, int id);
+  void handlePulseRows(Scpi& command, int id);
+  void handleMultitoneRows(Scpi& command, int id);
+  void handleSweepRows(Scpi& command, int id);
   void selectMode(int modeIndex);
   void loadHeadKeys(QSettings& settings);
 
@@ -178,6 +203,12 @@ private:
   QPushButton* presetButton;
   QPushButton* recalButton;
   MyListWidget* modeList;
+  ModeViewAM* modeViewAM = nullptr;
+  ModeViewFM* modeViewFM = nullptr;
+  ModeViewPulse* modeViewPulse = nullptr;
+  ModeViewMultitone* modeViewMultitone = nullptr;
+  ModeViewStepSweep* modeViewStepSweep = nullptr;
+  ModeViewRampSweep* modeViewRampSweep = nullptr;
   QList<ModeWidget*> modeViews;
   QScrollArea* modeScrollArea;
   MyStackedWidget* modeStack;

@@ -93,7 +93,25 @@ void CentralWidget::handleScpiCommand(Scpi* command) {
     handleCommonCommand(*command, id);
   else if (id <= 55)
     handleSourceCommand(*command, id);
-  // Mode rows act once their views exist.
+  else if (id <= 71)
+    handleAmFmRows(*command, id);
+  else if (id <= 79)
+    handlePulseRows(*command, id);
+  else if (id <= 91)
+    handleMultitoneRows(*command, id);
+  else if (id <= 119)
+    handleSweepRows(*command, id);
+  // Later rows act once their views exist.
+}
+
+void CentralWidget::handleModeStateRow(Scpi& command, int modeIndex, bool query) {
+  if (query) {
+    addBoolResponse(command, currentMode() == modeIndex);
+    return;
+  }
+  bool on = false;
+  if (!command.nextBool(on) || !on || currentMode() == modeIndex) return;
+  selectMode(modeIndex);
 }
 
 void CentralWidget::handleCommonCommand(Scpi& command, int id) {

@@ -40,8 +40,18 @@ void CentralWidget::streamingThreadMain() {
 void CentralWidget::runGenerator(int modeIndex) {
   switch (modeIndex) {
     case 0: generateCW(); break;
+    case 1: generateAM(); break;
+    case 2: generateFM(); break;
+    case 3: generatePulse(); break;
+    case 4: generateMultitone(); break;
+    case 5: generateStepSweep(); break;
+    case 6: generateRampSweep(); break;
     default: break;
   }
+}
+
+void CentralWidget::retuneForMode(double sampleRateHz, double levelOffsetDb) {
+  device->retune(TuneRecord{frequency(), level() - levelOffsetDb, sampleRateHz, 0.0, 0.0});
 }
 
 void CentralWidget::runOffState() { engine.runOffState(frequency(), level()); }

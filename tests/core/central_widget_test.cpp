@@ -186,8 +186,8 @@ TEST_F(CentralWidgetTest, ExtRefClickRestartsTwice) {
 }
 
 TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
-  auto* first = new PlainView("First", 1);
-  auto* second = new PlainView("Second", 3);
+  auto* first = new PlainView("First", 9);
+  auto* second = new PlainView("Second", 10);
   central.addMode(first);
   central.addMode(second);
   connect();
@@ -198,7 +198,7 @@ TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
   ASSERT_EQ(list->count(), 3);
   EXPECT_EQ(list->item(0)->flags(), Qt::NoItemFlags) << "the header row can't be selected";
   EXPECT_EQ(list->item(2)->text(), "Second");
-  EXPECT_EQ(list->item(2)->data(256).toInt(), 3);
+  EXPECT_EQ(list->item(2)->data(256).toInt(), 10);
 
   // Pressing a row only browses: the page changes, the output and the colours don't.
   log.mark();
@@ -210,11 +210,11 @@ TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
   // Checking a view's box makes it active: restart, coloured row, its name on the status bar.
   QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
   second->enabledCheck()->click();
-  EXPECT_EQ(central.currentMode(), 3);
-  EXPECT_EQ(list->activeRowMode(), 3);
+  EXPECT_EQ(central.currentMode(), 10);
+  EXPECT_EQ(list->activeRowMode(), 10);
   EXPECT_EQ(log.calls("krtSetTimebase").size(), 1u);
   ASSERT_TRUE(waitForMode(modeText, "Second"));
-  // Index 3 has no generator yet: the thread returns at once and plays nothing.
+  // Index 10 has no generator: the thread returns at once and plays nothing.
   ASSERT_TRUE(waitUntil([&] { return !log.calls("krtAbort").empty(); }));
   EXPECT_TRUE(log.calls("krtSubmitIQ").empty());
 
@@ -227,7 +227,7 @@ TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
 }
 
 TEST_F(CentralWidgetTest, PresetRestoresTheFactoryStateButKeepsTheMode) {
-  auto* view = new PlainView("Only", 1);
+  auto* view = new PlainView("Only", 9);
   central.addMode(view);
   connect();
   view->enabledCheck()->click();
@@ -249,7 +249,7 @@ TEST_F(CentralWidgetTest, PresetRestoresTheFactoryStateButKeepsTheMode) {
   EXPECT_DOUBLE_EQ(central.level(), -20);
   EXPECT_DOUBLE_EQ(central.levelStep(), 10);
   EXPECT_EQ(view->defaults, defaultsBefore + 1);
-  EXPECT_EQ(central.currentMode(), 1);
+  EXPECT_EQ(central.currentMode(), 9);
   EXPECT_EQ(errorLogCount(), 0);
 }
 

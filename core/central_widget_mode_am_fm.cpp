@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+// AM and FM: generators and remote rows.
+#include "core/central_widget.h"
+
+void CentralWidget::generateAM() {}
+void CentralWidget::generateFM() {}
+void CentralWidget::handleAmFmRows(Scpi&, int) {}

@@ -1,0 +1,6 @@
+// SPDX-License-Identifier: MIT
+// Multitone: generator and remote rows.
+#include "core/central_widget.h"
+
+void CentralWidget::generateMultitone() {}
+void CentralWidget::handleMultitoneRows(Scpi&, int) {}
