@@ -87,8 +87,8 @@ class App:
             "KRT40_VERSION_URL": closed_port_url(),
         })
         self.log = open(self.log_path, "wb")
-        self.proc = subprocess.Popen([os.path.abspath(path)], env=env, stdout=self.log, stderr=subprocess.STDOUT,
-                                     cwd=workdir)
+        self.proc = subprocess.Popen([os.path.abspath(path)], env=env, stdout=self.log,
+                                     stderr=subprocess.STDOUT, cwd=workdir)
 
     def resource(self):
         return "TCPIP::127.0.0.1::%d::SOCKET" % self.port
@@ -266,15 +266,12 @@ def check_recording(r, app):
     print("info: %d samples at 2.4 GHz, %d underruns in the events log" % (n, underruns))
 
 
-def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--app", required=True)
-    parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
-    args = parser.parse_args()
-
-    r = Results()
-    workdir = tempfile.mkdtemp(prefix="krt40-e2e-")
-    app = App(args.app, workdir)
+def run(r, app_path, workdir):
+    try:
+        app = App(app_path, workdir)
+    except OSError:
+        r.check("application starts", False, traceback.format_exc())
+        return
     rm = pyvisa.ResourceManager("@py")
     try:
         check_session(r, rm, app)
@@ -289,10 +286,23 @@ def main():
         check_recording(r, app)
     except Exception:
         r.check("recording", False, traceback.format_exc())
-    if args.keep:
-        print("kept " + workdir)
-    else:
-        shutil.rmtree(workdir, ignore_errors=True)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--app", required=True)
+    parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
+    args = parser.parse_args()
+
+    r = Results()
+    workdir = tempfile.mkdtemp(prefix="krt40-e2e-")
+    try:
+        run(r, args.app, workdir)
+    finally:
+        if args.keep:
+            print("kept " + workdir)
+        else:
+            shutil.rmtree(workdir, ignore_errors=True)
     print("%d passed, %d failed" % (r.passed, r.failed))
     return 1 if r.failed else 0
 
