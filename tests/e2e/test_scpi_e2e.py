@@ -13,145 +13,14 @@ import os
 import select
 import shutil
 import socket
-import subprocess
 import sys
 import tempfile
-import time
 import traceback
 
 import pyvisa
 
-IDENTITY = "Tarnwick,KRT40A,21000001,3"
-SERIAL = "21000001"
-# Enough to hold the whole 2.4 GHz segment (the output there lasts well under a second), small
-# enough to keep the temporary directory at a few tens of megabytes.
-RECORD_MAX = 4000000
-
-
-class Results:
-    """Counts checks; a failed check is reported and the run goes on."""
-
-    def __init__(self):
-        self.passed = 0
-        self.failed = 0
-
-    def check(self, name, ok, detail=""):
-        if ok:
-            self.passed += 1
-        else:
-            self.failed += 1
-            print("FAIL %s%s" % (name, (": " + detail) if detail else ""))
-        return ok
-
-    def equal(self, name, got, expected):
-        return self.check(name, got == expected, "expected %r, got %r" % (expected, got))
-
-
-def free_port():
-    # The port is free once the socket is closed; nothing else on this machine races for it.
-    with socket.socket(socket.AF_INET, socket.SOCK_STREAM) as s:
-        s.bind(("127.0.0.1", 0))
-        return s.getsockname()[1]
-
-
-def closed_port_url():
-    # The version check must fail at once instead of waiting on a name look-up.
-    return "http://127.0.0.1:%d/krt40_version.txt" % free_port()
-
-
-class App:
-    """The application as a child process with a private HOME and simulated device."""
-
-    def __init__(self, path, workdir):
-        self.port = free_port()
-        self.workdir = workdir
-        self.record = os.path.join(workdir, "out")
-        self.events = os.path.join(workdir, "events.jsonl")
-        self.log_path = os.path.join(workdir, "app.log")
-        home = os.path.join(workdir, "home")
-        prefs_dir = os.path.join(home, "Documents", "Tarnwick", "krt40")
-        os.makedirs(prefs_dir)
-        with open(os.path.join(prefs_dir, "Preferences.ini"), "w") as f:
-            f.write("[Preferences]\nSCPIEnabled=true\nSCPIPort=%d\n" % self.port)
-        env = {k: v for k, v in os.environ.items()
-               if not k.startswith("KRT40_") and not k.startswith("XDG_")}
-        env.update({
-            "HOME": home,
-            "QT_QPA_PLATFORM": "offscreen",
-            "KRT40_SIM_DEVICES": SERIAL,
-            "KRT40_SIM_OPEN_MS": "100",
-            "KRT40_SIM_SPEED": "1",
-            "KRT40_SIM_RECORD": self.record,
-            "KRT40_SIM_RECORD_MAX": str(RECORD_MAX),
-            "KRT40_SIM_EVENTS": self.events,
-            "KRT40_VERSION_URL": closed_port_url(),
-        })
-        self.log = open(self.log_path, "wb")
-        self.proc = subprocess.Popen([os.path.abspath(path)], env=env, stdout=self.log,
-                                     stderr=subprocess.STDOUT, cwd=workdir)
-
-    def resource(self):
-        return "TCPIP::127.0.0.1::%d::SOCKET" % self.port
-
-    def wait_exit(self, seconds):
-        try:
-            return self.proc.wait(timeout=seconds)
-        except subprocess.TimeoutExpired:
-            return None
-
-    def kill(self):
-        if self.proc.poll() is None:
-            self.proc.kill()
-            self.proc.wait()
-        self.log.close()
-
-    def log_tail(self, lines=20):
-        with open(self.log_path, "rb") as f:
-            return b"\n".join(f.read().splitlines()[-lines:]).decode("utf-8", "replace")
-
-
-def open_client(rm, app, seconds):
-    """Connects as soon as the server listens (it is closed while another client is served)."""
-    deadline = time.monotonic() + seconds
-    while True:
-        if app.proc.poll() is not None:
-            raise RuntimeError("application exited with %s" % app.proc.returncode)
-        inst = None
-        try:
-            inst = rm.open_resource(app.resource(), read_termination="\n",
-                                    write_termination="\n", timeout=2000, open_timeout=500)
-            # pyvisa-py connects without blocking; a refusal only shows at the first transfer.
-            inst.query("*IDN?")
-            return inst
-        except (pyvisa.errors.VisaIOError, OSError):
-            if inst is not None:
-                inst.close()
-            if time.monotonic() > deadline:
-                raise
-            time.sleep(0.05)
-
-
-def poll_until(inst, query, expected, seconds):
-    """Queries until the reply is `expected`; returns the seconds it took, or None."""
-    start = time.monotonic()
-    while time.monotonic() - start < seconds:
-        if inst.query(query) == expected:
-            return time.monotonic() - start
-        time.sleep(0.005)
-    return None
-
-
-def expect_silence(inst, command, timeout_ms=300):
-    """True if `command` draws no reply within the timeout."""
-    saved = inst.timeout
-    inst.timeout = timeout_ms
-    try:
-        inst.query(command)
-        return False
-    except pyvisa.errors.VisaIOError as e:
-        return e.error_code == pyvisa.constants.StatusCode.error_timeout
-    finally:
-        inst.timeout = saved
+from krt40_e2e import (App, IDENTITY, RECORD_MAX, Results, expect_silence, open_client,
+                       poll_until)
 
 
 def second_client_is_refused(port):
