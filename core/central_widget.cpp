@@ -48,6 +48,10 @@ CentralWidget::CentralWidget(Device* device, ImpairmentWidget* impairments, QWid
   connectFrontPanel();
   buildModeList();
   layOutPanel();
+  addAmFmViews();
+  addPulseView();
+  addMultitoneView();
+  addSweepViews();
 
   QPalette pal = palette();
   pal.setColor(QPalette::Window, Qt::white);

@@ -155,6 +155,11 @@ private:
   void runGenerator(int modeIndex);
   void runOffState();
   void generateCW();
+  // Each mode group makes its views and adds them with addMode, in list order.
+  void addAmFmViews();
+  void addPulseView();
+  void addMultitoneView();
+  void addSweepViews();
   void generateAM();
   void generateFM();
   void generatePulse();

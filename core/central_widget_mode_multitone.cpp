@@ -2,5 +2,7 @@
 // Multitone: generator and remote rows.
 #include "core/central_widget.h"
 
+void CentralWidget::addMultitoneView() {}
+
 void CentralWidget::generateMultitone() {}
 void CentralWidget::handleMultitoneRows(Scpi&, int) {}

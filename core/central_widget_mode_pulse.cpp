@@ -2,5 +2,7 @@
 // Pulse: generator and remote rows.
 #include "core/central_widget.h"
 
+void CentralWidget::addPulseView() {}
+
 void CentralWidget::generatePulse() {}
 void CentralWidget::handlePulseRows(Scpi&, int) {}
