@@ -146,8 +146,8 @@ TEST_F(CentralWidgetTest, RestartWhileStoppedLeavesSettingsPending) {
 }
 
 TEST_F(CentralWidgetTest, TheThreadPlaysWhatRfAndModulationAsk) {
-  connect();
   QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
+  connect();
   ASSERT_TRUE(waitForMode(modeText, "Off"));
   EXPECT_TRUE(log.calls("krtSubmitIQ").empty()) << "RF off submits nothing";
 
