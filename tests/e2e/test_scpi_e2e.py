@@ -7,7 +7,6 @@ Usage: /usr/bin/python3 test_scpi_e2e.py --app <path of krt40>
 """
 
 import argparse
-import array
 import json
 import os
 import select
@@ -19,8 +18,8 @@ import traceback
 
 import pyvisa
 
-from krt40_e2e import (App, IDENTITY, RECORD_MAX, Results, expect_silence, open_client,
-                       poll_until)
+from krt40_e2e import (App, IDENTITY, RECORD_MAX, Results, events, expect_silence, open_client,
+                       poll_until, read_recording)
 
 
 def second_client_is_refused(port):
@@ -93,46 +92,31 @@ def check_session(r, rm, app):
 
 
 def check_recording(r, app):
-    meta_path = app.record + ".sigmf-meta"
-    data_path = app.record + ".sigmf-data"
-    if not r.check("recording written", os.path.exists(meta_path) and os.path.exists(data_path)):
+    if not r.check("recording written", os.path.exists(app.record + ".sigmf-meta")
+                   and os.path.exists(app.record + ".sigmf-data")):
         return
-    with open(meta_path) as f:
-        meta = json.load(f)
+    meta, captures, samples = read_recording(app)
     r.equal("datatype", meta["global"].get("core:datatype"), "cf32_le")
-    total = os.path.getsize(data_path) // 8
-    captures = sorted(meta.get("captures", []), key=lambda c: c["core:sample_start"])
-    segment = None
-    for i, c in enumerate(captures):
-        end = captures[i + 1]["core:sample_start"] if i + 1 < len(captures) else total
-        if (c.get("core:frequency") == 2.4e9 and c.get("krt40:level_dbm") == -7.5
-                and c.get("krt40:sample_rate") == 50e6 and end > c["core:sample_start"]):
-            segment = (c["core:sample_start"], end)
-            break
+    segment = next((c for c in captures
+                    if c.get("core:frequency") == 2.4e9 and c.get("krt40:level_dbm") == -7.5
+                    and c.get("krt40:sample_rate") == 50e6 and c["end"] > c["core:sample_start"]),
+                   None)
     if not r.check("capture at 2.4 GHz, -7.5 dBm, 50e6/s", segment is not None,
                    "captures: %r" % captures):
         return
-    if total < RECORD_MAX:
+    if captures[-1]["end"] < RECORD_MAX:
         # The recording went on past the clamp, so the retune to the bound must show.
         r.check("30 MHz segment follows", any(
-            c.get("core:frequency") == 30e6 and c["core:sample_start"] >= segment[1]
+            c.get("core:frequency") == 30e6 and c["core:sample_start"] >= segment["end"]
             for c in captures), "captures: %r" % captures)
 
-    start, end = segment
-    with open(data_path, "rb") as f:
-        f.seek(start * 8)
-        iq = array.array("f")
-        iq.frombytes(f.read((end - start) * 8))
-    if sys.byteorder != "little":
-        iq.byteswap()
-    n = len(iq) // 2
-    r.check("CW samples are (1, 0)", n > 0 and iq[0::2].count(1.0) == n and iq[1::2].count(0.0) == n,
-            "%d samples, first %r" % (n, iq[:4].tolist()))
+    iq = samples(segment["core:sample_start"], segment["end"])
+    r.check("CW samples are (1, 0)", iq and all(s == (1.0, 0.0) for s in iq),
+            "%d samples, first %r" % (len(iq), iq[:2]))
 
     # Underruns depend on the load of the machine; they are shown, not judged here.
-    with open(app.events) as f:
-        underruns = sum(1 for line in f if '"device"' in line and "underrun" in line)
-    print("info: %d samples at 2.4 GHz, %d underruns in the events log" % (n, underruns))
+    underruns = sum(1 for e in events(app) if e.get("fn") == "device" and "underrun" in json.dumps(e))
+    print("info: %d samples at 2.4 GHz, %d underruns in the events log" % (len(iq), underruns))
 
 
 def run(r, app_path, workdir):

@@ -2,6 +2,8 @@
 // Runs a krt_api scenario in a forked child with its own KRT40_SIM_* environment.
 #include "krt_child.h"
 
+#include "krt/krt_api.h"
+
 #include <cerrno>
 #include <chrono>
 #include <cmath>
@@ -181,6 +183,13 @@ std::vector<Json> annotations(const Json& meta, const std::string& label) {
 
 double monotonicSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+int openDefault(ChildReport& report) {
+    int handle = -1;
+    CHILD_CHECK(report, krtOpenDeviceBySerial(&handle, kSerial) == 0);
+    CHILD_CHECK(report, handle >= 0);
+    return handle;
 }
 
 }  // namespace krttest

@@ -44,6 +44,12 @@ struct ChildResult {
     std::string describe() const;               // for assertion messages
 };
 
+// The serial number of the default simulated device.
+constexpr int kSerial = 21000001;
+
+// Opens the default device inside a child; a failure is reported as a failed check.
+int openDefault(ChildReport& report);
+
 // env: the KRT40_SIM_* variables of the child (all others of that prefix are unset; OPEN_MS
 // defaults to 0 here unless given).
 ChildResult runInChild(const std::map<std::string, std::string>& env,

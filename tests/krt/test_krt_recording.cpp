@@ -17,14 +17,6 @@ using namespace krttest;
 
 namespace {
 
-constexpr int kSerial = 21000001;
-
-int openDefault(ChildReport& r) {
-    int h = -1;
-    CHILD_CHECK(r, krtOpenDeviceBySerial(&h, kSerial) == 0);
-    return h;
-}
-
 // Samples with awkward bit patterns: NaNs with payloads, -0, denormals, infinities.
 std::vector<float> testSamples(size_t count, unsigned seed) {
     std::mt19937 rng(seed);

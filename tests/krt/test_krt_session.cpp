@@ -16,16 +16,8 @@ using namespace krttest;
 
 namespace {
 
-constexpr int kDefaultSerial = 21000001;
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 const double kInf = std::numeric_limits<double>::infinity();
-
-int openDefault(ChildReport& r) {
-    int h = -1;
-    CHILD_CHECK(r, krtOpenDeviceBySerial(&h, kDefaultSerial) == 0);
-    CHILD_CHECK(r, h >= 0);
-    return h;
-}
 
 }  // namespace
 
@@ -37,7 +29,7 @@ struct DeviceListRow {
 
 TEST(KrtSession, DeviceListHonoursConfigurationAndCapacity) {
     const std::vector<DeviceListRow> rows = {
-        {nullptr, 8, {kDefaultSerial}},
+        {nullptr, 8, {kSerial}},
         {"", 8, {}},
         {"1,2,3,4,5,6,7,8,9,10", 8, {1, 2, 3, 4, 5, 6, 7, 8}},
         {"1,2,3,4,5,6,7,8,9,10", 3, {1, 2, 3}},
@@ -67,7 +59,7 @@ TEST(KrtSession, OpenWaitsThenReportsTheDevice) {
                                      [](ChildReport& r) {
         double t0 = monotonicSeconds();
         int h = -1;
-        CHILD_CHECK(r, krtOpenDeviceBySerial(&h, kDefaultSerial) == 0);
+        CHILD_CHECK(r, krtOpenDeviceBySerial(&h, kSerial) == 0);
         r.value("openSeconds", monotonicSeconds() - t0);
         r.value("handle", h);
         int serial = -1, firmware = -1;
@@ -82,7 +74,7 @@ TEST(KrtSession, OpenWaitsThenReportsTheDevice) {
         // Already open: fails after the open time, and leaves the first session alone.
         t0 = monotonicSeconds();
         int again = 5;
-        CHILD_CHECK(r, krtOpenDeviceBySerial(&again, kDefaultSerial) != 0);
+        CHILD_CHECK(r, krtOpenDeviceBySerial(&again, kSerial) != 0);
         r.value("failSeconds", monotonicSeconds() - t0);
         CHILD_CHECK(r, again == -1);
         CHILD_CHECK(r, krtGetUSBStatus(h) == 0);
@@ -90,14 +82,14 @@ TEST(KrtSession, OpenWaitsThenReportsTheDevice) {
         int unknown = 5;
         CHILD_CHECK(r, krtOpenDeviceBySerial(&unknown, 12345) != 0);
         CHILD_CHECK(r, unknown == -1);
-        CHILD_CHECK(r, krtOpenDeviceBySerial(nullptr, kDefaultSerial) != 0);
+        CHILD_CHECK(r, krtOpenDeviceBySerial(nullptr, kSerial) != 0);
         // A second device opens alongside; after a close the serial opens again.
         int second = -1;
         CHILD_CHECK(r, krtOpenDeviceBySerial(&second, 21000002) == 0);
         CHILD_CHECK(r, second >= 0 && second != h);
         CHILD_CHECK(r, krtCloseDevice(h) == 0);
         int reopened = -1;
-        CHILD_CHECK(r, krtOpenDeviceBySerial(&reopened, kDefaultSerial) == 0);
+        CHILD_CHECK(r, krtOpenDeviceBySerial(&reopened, kSerial) == 0);
         CHILD_CHECK(r, reopened != h);   // handles are not reused
         CHILD_CHECK(r, krtCloseDevice(reopened) == 0);
         CHILD_CHECK(r, krtCloseDevice(second) == 0);
@@ -106,7 +98,7 @@ TEST(KrtSession, OpenWaitsThenReportsTheDevice) {
     EXPECT_GE(c.at("openSeconds"), 0.29);
     EXPECT_LT(c.at("openSeconds"), 1.5);
     EXPECT_GE(c.at("failSeconds"), 0.29);
-    EXPECT_EQ(c.at("serial"), kDefaultSerial);
+    EXPECT_EQ(c.at("serial"), kSerial);
     EXPECT_EQ(c.at("firmware"), 3);
 }
 
@@ -230,7 +222,7 @@ TEST(KrtSession, MalformedVariableFallsBackToTheDefault) {
              int serials[8] = {0};
              int count = 8;
              CHILD_CHECK(r, krtGetDeviceList(serials, &count) == 0);
-             CHILD_CHECK(r, count == 1 && serials[0] == kDefaultSerial);
+             CHILD_CHECK(r, count == 1 && serials[0] == kSerial);
          }},
         {"KRT40_SIM_DEVICES", "1,,2", {}},
         {"KRT40_SIM_OPEN_MS", "soon", {}},

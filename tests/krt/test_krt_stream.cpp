@@ -16,14 +16,6 @@ using namespace krttest;
 
 namespace {
 
-constexpr int kSerial = 21000001;
-
-int openDefault(ChildReport& r) {
-    int h = -1;
-    CHILD_CHECK(r, krtOpenDeviceBySerial(&h, kSerial) == 0);
-    return h;
-}
-
 // Device lines of the events log with this event name.
 int deviceEvents(const std::vector<Json>& events, const std::string& name) {
     int n = 0;
