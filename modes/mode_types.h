@@ -5,6 +5,8 @@
 
 #include "dsp/sample.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 // Each is stored as the integer item data of its combo box and in presets.
@@ -16,10 +18,48 @@ enum StepSweepType { StepSweepFreq = 0, StepSweepFreqAmplitude = 1 };
 // Item texts of the combo boxes, in value order.
 extern const char* const modShapeTexts[4];
 extern const char* const triggerTypeTexts[2];
+extern const char* const stepSweepTypeTexts[2];
 
 // One repetition of a mode's output, as a builder returns it.
 struct Waveform {
   std::vector<Sample> samples;
+  double sampleRate = 0.0;     // samples a second
+  double levelOffsetDb = 0.0;  // subtracted from the panel's level at retune
+};
+
+// Samples of a long build (a pulse or ramp period holds up to 400 MB). The system hands the
+// memory over zero-filled and supplies the zeros lazily, so a build pays only for the samples
+// it writes, and large buffers sit on huge pages, which makes the first touch cheap. Move-only.
+class SampleBuffer {
+public:
+  SampleBuffer() = default;
+  // count samples of (0, 0); an empty buffer for count < 1. Ends the program, as any
+  // exhausted allocation does, if the memory isn't there.
+  explicit SampleBuffer(int64_t count);
+  ~SampleBuffer();
+  SampleBuffer(SampleBuffer&& other) noexcept;
+  SampleBuffer& operator=(SampleBuffer&& other) noexcept;
+  SampleBuffer(const SampleBuffer&) = delete;
+  SampleBuffer& operator=(const SampleBuffer&) = delete;
+
+  Sample* data() { return samples; }
+  const Sample* data() const { return samples; }
+  int64_t size() const { return count; }
+  bool empty() const { return count == 0; }
+  Sample& operator[](int64_t i) { return samples[i]; }
+  const Sample& operator[](int64_t i) const { return samples[i]; }
+
+private:
+  void release();
+
+  Sample* samples = nullptr;
+  int64_t count = 0;
+  size_t mappedBytes = 0;
+};
+
+// A long repetition: as Waveform, with the samples in a SampleBuffer.
+struct LongWaveform {
+  SampleBuffer samples;
   double sampleRate = 0.0;     // samples a second
   double levelOffsetDb = 0.0;  // subtracted from the panel's level at retune
 };
