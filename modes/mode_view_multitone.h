@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+// Multitone view: phase law, seed, tone count, spacing and notch of the comb.
+#pragma once
+
+#include "modes/mode_types.h"
+#include "modes/mode_widget.h"
+#include "modes/multitone_builder.h"
+
+#include <atomic>
+
+class FrequencyEdit;
+class IntLineEdit;
+class MyComboBox;
+
+// Mode index 4. The slots clamp as the remote rows do; a preset load does not clamp, so the
+// product rule (tone count x spacing <= 4e7 Hz) can be broken by a preset.
+class ModeViewMultitone : public ModeWidget {
+  Q_OBJECT
+
+public:
+  explicit ModeViewMultitone(QWidget* parent = nullptr);
+
+  void setDefaults() override;
+  void saveSettings(QSettings* settings) override;
+  void loadSettings(QSettings* settings) override;
+
+  // All safe to call from the streaming thread.
+  MultiTonePhase phase() const {
+    return static_cast<MultiTonePhase>(phaseValue.load(std::memory_order_relaxed));
+  }
+  int phaseSeed() const;
+  int toneCount() const;
+  double freqSpacing() const;  // Hz
+  double notchWidth() const;   // Hz
+  // What the generator builds from.
+  MultitoneSettings settings() const;
+
+  static constexpr int maxToneCount = 4001;
+  static constexpr double minSpacingHz = 0.001;
+  static constexpr double maxSpacingHz = 2e7;
+  static constexpr double maxSpanHz = 4e7;        // tone count x spacing, and the widest notch
+
+public slots:
+  void setPhase(MultiTonePhase newPhase);
+  void setFreqSpacing(double newSpacing);
+  void setToneCount(int newCount);
+  void setPhaseSeed(int newSeed);
+  void setNotchWidth(double newWidth);
+  void setPhasePrivate(int index);
+
+private:
+  void selectPhase(int value);
+
+  MyComboBox* phaseCombo;
+  IntLineEdit* seedEdit;
+  IntLineEdit* toneCountEdit;
+  FrequencyEdit* spacingEdit;
+  FrequencyEdit* notchEdit;
+  // Item data of the combo's selection, mirrored for the streaming thread.
+  std::atomic<int> phaseValue{MultiTonePhaseFixed};
+};

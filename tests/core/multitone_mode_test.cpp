@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: MIT
+// Multitone inside the panel: remote rows 80 to 91 through a real TCP client, the generator's
+// retune, level correction and progress on the simulated device, and the "Mtone" preset group
+// taken as it stands. The notch over every tone is followed end to end, in the recording.
+#include "core/central_widget.h"
+
+#include "core/device.h"
+#include "core/impairment_widget.h"
+#include "core_test_env.h"
+#include "modes/mode_view_multitone.h"
+#include "modes/multitone_builder.h"
+#include "modes/my_stacked_widget.h"
+#include "shell/error_queue.h"
+#include "support/events_log.h"
+#include "widgets/my_list_widget.h"
+
+#include <QCheckBox>
+#include <QProgressDialog>
+#include <QSettings>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+class Client {
+public:
+  explicit Client(quint16 port) {
+    socket.connectToHost("127.0.0.1", port);
+    connected = waitUntil([&] { return socket.state() == QAbstractSocket::ConnectedState; });
+  }
+
+  QString query(const QString& line) {
+    socket.write((line + "\n").toUtf8());
+    if (!waitUntil([&] { return socket.canReadLine(); }, 3000)) return "<no reply>";
+    return QString::fromUtf8(socket.readLine()).chopped(1);
+  }
+
+  // A line that answers nothing, followed by a barrier query on a line of its own.
+  void command(const QString& line) { EXPECT_EQ(query(line + "\n:SYST:VER?"), "1.0.5") << line; }
+
+  bool connected = false;
+  QTcpSocket socket;
+};
+
+class MultitoneModeTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    std::remove(unplugPath().c_str());
+    device.setImpairments(&impairments);
+    errorLogClear();
+    view = central.findChild<ModeViewMultitone*>();
+    ASSERT_NE(view, nullptr);
+  }
+  void TearDown() override {
+    central.stopStreaming();
+    device.close();
+  }
+  void playMultitone() {
+    ASSERT_TRUE(device.open(21000001));
+    central.startStreamingQuiet();
+    central.setRFEnabled(true);
+    central.setModEnabled(true);
+    view->enabledCheck()->click();
+    ASSERT_EQ(central.currentMode(), 4);
+  }
+  // Waits for a retune to `rate` followed by a chunk of 1/60 s; returns the level of that
+  // retune (NaN if none came).
+  double waitForComb(double rate) {
+    double level = std::nan("");
+    const bool seen = waitUntil([&] {
+      bool tuned = false;
+      for (auto& e : log.events()) {
+        const std::string fn = e.value("fn", "");
+        if (fn == "krtSetSampleRate") tuned = e["args"]["sampleRate"].get<double>() == rate;
+        if (tuned && fn == "krtSetLevel")
+          level = e["args"]["level"].is_number() ? e["args"]["level"].get<double>() : HUGE_VAL;
+        if (tuned && fn == "krtSubmitIQ" && e["args"]["count"].get<int>() == int(rate / 60)) return true;
+      }
+      return false;
+    });
+    return seen ? level : std::nan("");
+  }
+
+  Device device;
+  ImpairmentWidget impairments;
+  CentralWidget central{&device, &impairments};
+  EventsLog log{eventsPath()};
+  ModeViewMultitone* view = nullptr;
+};
+
+TEST_F(MultitoneModeTest, RemoteRowsEightyToNinetyOne) {
+  EXPECT_EQ(central.findChild<MyListWidget*>()->findModeRow(4)->text(), "Multitone");
+  EXPECT_EQ(central.findChild<MyStackedWidget*>()->findMode(4), view);
+  Client client(central.scpiServerPort());
+  ASSERT_TRUE(client.connected);
+  struct Row {
+    QString command;  // empty: only the queries
+    std::vector<std::pair<QString, QString>> queries;
+    QString logged;   // the one error entry the command leaves, empty: none
+  };
+  const std::vector<Row> rows = {
+      {"", {{":MTON?", "0"}, {":SOUR:MTON:STAT?", "0"}, {":MTON:PHAS?", "parabolic"}}, ""},
+      {":MTON OFF", {{":MTON?", "0"}}, ""},
+      {":MTON ON", {{":MTON?", "1"}, {":AM?", "0"}}, ""},
+      {":MTON OFF", {{":MTON?", "1"}}, ""},  // OFF never does anything
+      {":MTON:PHAS rand", {{":MTON:PHAS?", "random"}}, ""},
+      {":MTON:PHAS FIX", {{":MTON:PHAS?", "fixed"}}, ""},
+      {":MTON:PHAS parabolic", {{":MTON:PHAS?", "parabolic"}}, ""},
+      {":MTON:PHAS sine", {{":MTON:PHAS?", "parabolic"}}, "-2,Invalid parameter;Expected multi-tone phase"},
+      {":MTON:PHAS:SEED 77", {{":MTON:PHAS:SEED?", "77"}}, ""},
+      {":MTON:PHAS:SEED -5", {{":MTON:PHAS:SEED?", "-5"}}, ""},  // taken as given
+      {":MTON:FSP 100 kHz", {{":MTON:FSP?", "100000"}}, ""},
+      {":MTON:NTON 4001", {{":MTON:NTON?", "400"}}, ""},        // 4e7 / 1e5
+      {":MTON:FSP 30 MHz", {{":MTON:FSP?", "100000"}}, ""},     // 2e7, then 4e7 / 400
+      {":MTON:NTON 0", {{":MTON:NTON?", "1"}}, ""},
+      {":MTON:FSP 0.0001", {{":MTON:FSP?", "0.001"}}, ""},
+      {":MTON:FSP 30 MHz", {{":MTON:FSP?", "2e+07"}}, ""},
+      {":MTON:NTON 3", {{":MTON:NTON?", "2"}}, ""},
+      {":MTON:FNOT 50 MHz", {{":MTON:FNOT?", "4e+07"}}, ""},
+      {":MTON:FNOT -1", {{":MTON:FNOT?", "0"}}, ""},
+      {":SOURCE:MTONE:FNOTCH 2.5 MHz", {{":SOUR:MTON:FNOT?", "2500000"}}, ""},
+      {":MTON:NTON", {{":MTON:NTON?", "2"}}, ""},  // no parameter: nothing changes
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.command.toStdString());
+    if (!row.command.isEmpty()) client.command(row.command);
+    for (const auto& [query, reply] : row.queries) EXPECT_EQ(client.query(query), reply) << query;
+    EXPECT_EQ(errorLogCount(), row.logged.isEmpty() ? 0 : 1);
+    if (!row.logged.isEmpty()) {
+      EXPECT_EQ(client.query(":SYST:ERR?"), row.logged);
+    }
+  }
+  EXPECT_EQ(central.currentMode(), 4);
+}
+
+// The comb plays at its rate with the level raised by its mean power, so that the mean power
+// of the output is the panel's level; a long build is bracketed by the progress dialog.
+TEST_F(MultitoneModeTest, GeneratorRetunesToTheCombAndCorrectsTheLevel) {
+  std::vector<QString> progress;
+  QObject receiver;
+  // Queued to this thread, as they are to the dialog's slots.
+  QObject::connect(&central, &CentralWidget::showProgressDialogSignal, &receiver,
+                   [&] { progress.push_back("show"); });
+  QObject::connect(&central, &CentralWidget::setProgressPercentSignal, &receiver,
+                   [&](int p) { progress.push_back(QString::number(p)); });
+  QObject::connect(&central, &CentralWidget::hideProgressDialogSignal, &receiver,
+                   [&] { progress.push_back("hide"); });
+
+  playMultitone();
+  const double level = waitForComb(4e6);
+  const double correction = buildMultitone(view->settings()).levelOffsetDb;
+  EXPECT_LT(correction, -1.0);
+  EXPECT_DOUBLE_EQ(level, -20.0 - correction);
+  EXPECT_TRUE(progress.empty()) << "3 tones show no progress";
+
+  // Each change waits for its output: a thread that starts late reads the controls as the
+  // next change has left them, and would build (and abandon) that comb once more.
+  log.mark();
+  central.setLevel(-35);
+  view->setFreqSpacing(1e5);
+  ASSERT_TRUE(std::isfinite(waitForComb(4e5)));
+  log.mark();
+  view->setToneCount(400);
+  const double levelOf400 = waitForComb(4.99e7);
+  EXPECT_DOUBLE_EQ(levelOf400, -35.0 - buildMultitone(view->settings()).levelOffsetDb);
+  ASSERT_TRUE(waitUntil([&] { return !progress.empty() && progress.back() == "hide"; }));
+  std::vector<QString> expected = {"show"};
+  for (int p = 0; p < 100; p += 5) expected.push_back(QString::number(p));
+  expected.push_back("hide");
+  EXPECT_EQ(progress, expected);
+  auto* dialog = central.findChild<QProgressDialog*>();
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(dialog->labelText(), "Building Waveform");
+  EXPECT_FALSE(dialog->isVisible());
+}
+
+// A preset is taken as it stands: values beyond the slots' limits play as they are, and values
+// that make no comb play nothing, without bringing the program down.
+TEST_F(MultitoneModeTest, PresetsAreTakenAsTheyStand) {
+  ASSERT_TRUE(device.open(21000001));
+  central.startStreamingQuiet();
+  QTemporaryDir dir;
+  auto writePreset = [&](const std::vector<std::pair<QString, QVariant>>& mtone) {
+    const QString path = dir.filePath("preset.ini");
+    QFile::remove(path);
+    QSettings s(path, QSettings::IniFormat);
+    s.setValue("Mode", 4);
+    s.setValue("OutputState", true);
+    s.setValue("ModulationState", true);
+    for (const auto& [key, value] : mtone) s.setValue("Mtone/" + key, value);
+    return path;
+  };
+
+  // 4001 tones at 1e5 Hz: the product rule would allow 400; the rate asked for is 5e8.
+  log.mark();
+  central.loadPreset(writePreset({{"Ntones", 4001}, {"Fspacing", 1e5}, {"Phase", 1}, {"RandomPhaseSeed", 5}}));
+  EXPECT_EQ(view->toneCount(), 4001);
+  EXPECT_EQ(view->freqSpacing(), 1e5);
+  EXPECT_EQ(central.currentMode(), 4);
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
+  EXPECT_EQ(log.calls("krtSetSampleRate").back()["args"]["sampleRate"].get<double>(), 5e8);
+
+  const std::vector<std::vector<std::pair<QString, QVariant>>> nothingToPlay = {
+      {{"Ntones", 0}, {"Fspacing", 1e6}},
+      {{"Ntones", -4}},
+      {{"Ntones", 4}, {"Fspacing", -1e6}},  // a spacing below zero would never end the rate search
+      {{"Ntones", 3}, {"Fspacing", 0.0}},
+      {{"Ntones", 3}, {"Fspacing", "abc"}},
+      {{"Ntones", 200000000}, {"Fspacing", 1.0}},
+  };
+  for (const auto& keys : nothingToPlay) {
+    SCOPED_TRACE(keys[0].second.toInt());
+    const QString path = writePreset(keys);
+    central.stopStreaming();
+    log.mark();
+    central.loadPreset(path);
+    // The new thread's generator returns at once; the dispatch's abort ends the thread.
+    ASSERT_TRUE(waitUntil([&] { return !log.calls("krtAbort").empty(); }));
+    EXPECT_TRUE(log.calls("krtSubmitIQ").empty());
+    EXPECT_TRUE(log.calls("krtSetSampleRate").empty());
+  }
+
+  // The next sensible setting plays again.
+  log.mark();
+  view->setToneCount(3);
+  view->setFreqSpacing(1e6);
+  EXPECT_TRUE(std::isfinite(waitForComb(4e6)));
+}
+
+}  // namespace
