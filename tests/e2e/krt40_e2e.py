@@ -3,13 +3,17 @@
 # polling helpers and a reader of the simulated device's recording.
 """Import from the tests in this folder; run under /usr/bin/python3 (Debian's pyvisa)."""
 
+import argparse
 import array
 import json
 import os
+import shutil
 import socket
 import subprocess
 import sys
+import tempfile
 import time
+import traceback
 
 import pyvisa
 
@@ -174,3 +178,47 @@ def events(app):
     """Every line of the events log, parsed."""
     with open(app.events) as f:
         return [json.loads(line) for line in f if line.strip()]
+
+
+def run_e2e(session, recording, name, record_max=RECORD_MAX):
+    """Runs one end-to-end test and returns its exit code: starts the program in a temporary
+    folder, lets `session(r, rm, app)` talk to it over pyvisa, stops it, then lets
+    `recording(r, app)` check what the device recorded. Prints "N passed, N failed"."""
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--app", required=True)
+    parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
+    args = parser.parse_args()
+
+    r = Results()
+    workdir = tempfile.mkdtemp(prefix="krt40-e2e-%s-" % name)
+    try:
+        _run(r, args.app, workdir, session, recording, record_max)
+    finally:
+        if args.keep:
+            print("kept " + workdir)
+        else:
+            shutil.rmtree(workdir, ignore_errors=True)
+    print("%d passed, %d failed" % (r.passed, r.failed))
+    return 1 if r.failed else 0
+
+
+def _run(r, app_path, workdir, session, recording, record_max):
+    try:
+        app = App(app_path, workdir, record_max=record_max)
+    except OSError:
+        r.check("application starts", False, traceback.format_exc())
+        return
+    rm = pyvisa.ResourceManager("@py")
+    try:
+        session(r, rm, app)
+    except Exception:
+        r.check("remote session", False, traceback.format_exc())
+    finally:
+        app.kill()
+        rm.close()
+    if r.failed:
+        print("application output:\n" + app.log_tail())
+    try:
+        recording(r, app)
+    except Exception:
+        r.check("recording", False, traceback.format_exc())

@@ -9,19 +9,13 @@ deviation.
 Usage: /usr/bin/python3 test_am_fm_e2e.py --app <path of krt40> [--keep]
 """
 
-import argparse
 import array
 import cmath
 import math
-import shutil
 import sys
-import tempfile
 import time
-import traceback
 
-import pyvisa
-
-from krt40_e2e import App, Results, open_client, poll_until, read_recording
+from krt40_e2e import open_client, poll_until, read_recording, run_e2e
 
 FREQUENCY = 1.5e9
 LEVEL = -12.0
@@ -165,49 +159,11 @@ def check_fm(r, captures, samples):
     print("info: FM segment of %d samples, peak %.3f Hz, trough %.3f Hz, magnitude error %g"
           % (len(got), peak, trough, worst_mag))
 
-
-def run(r, app_path, workdir):
-    try:
-        app = App(app_path, workdir)
-    except OSError:
-        r.check("application starts", False, traceback.format_exc())
-        return
-    rm = pyvisa.ResourceManager("@py")
-    try:
-        check_session(r, rm, app)
-    except Exception:
-        r.check("remote session", False, traceback.format_exc())
-    finally:
-        app.kill()
-        rm.close()
-    if r.failed:
-        print("application output:\n" + app.log_tail())
-    try:
-        meta, captures, samples = read_recording(app)
-        check_am(r, captures, samples)
-        check_fm(r, captures, samples)
-    except Exception:
-        r.check("recording", False, traceback.format_exc())
-
-
-def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--app", required=True)
-    parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
-    args = parser.parse_args()
-
-    r = Results()
-    workdir = tempfile.mkdtemp(prefix="krt40-e2e-amfm-")
-    try:
-        run(r, args.app, workdir)
-    finally:
-        if args.keep:
-            print("kept " + workdir)
-        else:
-            shutil.rmtree(workdir, ignore_errors=True)
-    print("%d passed, %d failed" % (r.passed, r.failed))
-    return 1 if r.failed else 0
+def check_recording(r, app):
+    _, captures, samples = read_recording(app)
+    check_am(r, captures, samples)
+    check_fm(r, captures, samples)
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_e2e(check_session, check_recording, "amfm"))

@@ -8,19 +8,12 @@ the tones in one buffer of samples, and the level correction in krt40:level_dbm.
 Usage: /usr/bin/python3 test_multitone_e2e.py --app <path of krt40>
 """
 
-import argparse
 import cmath
 import math
-import os
-import shutil
 import sys
-import tempfile
 import time
-import traceback
 
-import pyvisa
-
-from krt40_e2e import App, Results, events, open_client, poll_until, read_recording
+from krt40_e2e import events, open_client, poll_until, read_recording, run_e2e
 
 LEVEL = -20.0
 # (tones, spacing Hz, rate S, buffer L, offsets of the tones in units of half the spacing)
@@ -129,46 +122,5 @@ def check_recording(r, app):
             len(refused) == 1 and refused[0].get("ret") == 1, "calls: %r" % refused)
 
 
-def run(r, app_path, workdir):
-    try:
-        app = App(app_path, workdir)
-    except OSError:
-        r.check("application starts", False, traceback.format_exc())
-        return
-    rm = pyvisa.ResourceManager("@py")
-    try:
-        drive(r, rm, app)
-    except Exception:
-        r.check("remote session", False, traceback.format_exc())
-    finally:
-        app.kill()
-        rm.close()
-    if r.failed:
-        print("application output:\n" + app.log_tail())
-    try:
-        check_recording(r, app)
-    except Exception:
-        r.check("recording", False, traceback.format_exc())
-
-
-def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--app", required=True)
-    parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
-    args = parser.parse_args()
-
-    r = Results()
-    workdir = tempfile.mkdtemp(prefix="krt40-e2e-multitone-")
-    try:
-        run(r, args.app, workdir)
-    finally:
-        if args.keep:
-            print("kept " + workdir)
-        else:
-            shutil.rmtree(workdir, ignore_errors=True)
-    print("%d passed, %d failed" % (r.passed, r.failed))
-    return 1 if r.failed else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_e2e(drive, check_recording, "multitone"))

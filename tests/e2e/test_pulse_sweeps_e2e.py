@@ -8,19 +8,13 @@ checks the samples, capture segments and device calls they leave behind.
 Usage: /usr/bin/python3 test_pulse_sweeps_e2e.py --app <path of krt40>
 """
 
-import argparse
 import array
 import math
 import os
-import shutil
 import sys
-import tempfile
 import time
-import traceback
 
-import pyvisa
-
-from krt40_e2e import App, Results, events, open_client, poll_until, read_recording
+from krt40_e2e import events, open_client, poll_until, read_recording, run_e2e
 
 # Four periods of phases 1 and 2 take a few million samples; the cap only guards the disk.
 RECORD_MAX = 30000000
@@ -192,46 +186,5 @@ def check_recording(r, app):
                                                      (1.2e9, -20, 50000)])
 
 
-def run(r, app_path, workdir):
-    try:
-        app = App(app_path, workdir, record_max=RECORD_MAX)
-    except OSError:
-        r.check("application starts", False, traceback.format_exc())
-        return
-    rm = pyvisa.ResourceManager("@py")
-    try:
-        check_session(r, rm, app)
-    except Exception:
-        r.check("remote session", False, traceback.format_exc())
-    finally:
-        app.kill()
-        rm.close()
-    if r.failed:
-        print("application output:\n" + app.log_tail())
-    try:
-        check_recording(r, app)
-    except Exception:
-        r.check("recording", False, traceback.format_exc())
-
-
-def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--app", required=True)
-    parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
-    args = parser.parse_args()
-
-    r = Results()
-    workdir = tempfile.mkdtemp(prefix="krt40-e2e-")
-    try:
-        run(r, args.app, workdir)
-    finally:
-        if args.keep:
-            print("kept " + workdir)
-        else:
-            shutil.rmtree(workdir, ignore_errors=True)
-    print("%d passed, %d failed" % (r.passed, r.failed))
-    return 1 if r.failed else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_e2e(check_session, check_recording, "pulse-sweeps", record_max=RECORD_MAX))

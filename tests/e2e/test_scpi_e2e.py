@@ -6,20 +6,14 @@ over loopback with pyvisa, ends it with :SYST:CLOS and then checks what the devi
 Usage: /usr/bin/python3 test_scpi_e2e.py --app <path of krt40>
 """
 
-import argparse
 import json
 import os
 import select
-import shutil
 import socket
 import sys
-import tempfile
-import traceback
 
-import pyvisa
-
-from krt40_e2e import (App, IDENTITY, RECORD_MAX, Results, events, expect_silence, open_client,
-                       poll_until, read_recording)
+from krt40_e2e import (IDENTITY, RECORD_MAX, events, expect_silence, open_client, poll_until,
+                       read_recording, run_e2e)
 
 
 def second_client_is_refused(port):
@@ -119,46 +113,5 @@ def check_recording(r, app):
     print("info: %d samples at 2.4 GHz, %d underruns in the events log" % (len(iq), underruns))
 
 
-def run(r, app_path, workdir):
-    try:
-        app = App(app_path, workdir)
-    except OSError:
-        r.check("application starts", False, traceback.format_exc())
-        return
-    rm = pyvisa.ResourceManager("@py")
-    try:
-        check_session(r, rm, app)
-    except Exception:
-        r.check("remote session", False, traceback.format_exc())
-    finally:
-        app.kill()
-        rm.close()
-    if r.failed:
-        print("application output:\n" + app.log_tail())
-    try:
-        check_recording(r, app)
-    except Exception:
-        r.check("recording", False, traceback.format_exc())
-
-
-def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--app", required=True)
-    parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
-    args = parser.parse_args()
-
-    r = Results()
-    workdir = tempfile.mkdtemp(prefix="krt40-e2e-")
-    try:
-        run(r, args.app, workdir)
-    finally:
-        if args.keep:
-            print("kept " + workdir)
-        else:
-            shutil.rmtree(workdir, ignore_errors=True)
-    print("%d passed, %d failed" % (r.passed, r.failed))
-    return 1 if r.failed else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_e2e(check_session, check_recording, "scpi"))
