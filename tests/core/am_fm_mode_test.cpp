@@ -6,6 +6,7 @@
 #include "core/device.h"
 #include "core/impairment_widget.h"
 #include "core_test_env.h"
+#include "scpi_client.h"
 #include "modes/mode_view_am.h"
 #include "modes/mode_view_fm.h"
 #include "modes/my_stacked_widget.h"
@@ -16,7 +17,6 @@
 
 #include <QCheckBox>
 #include <QSettings>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -25,26 +25,6 @@
 #include <vector>
 
 namespace {
-
-class Client {
-public:
-  explicit Client(quint16 port) {
-    socket.connectToHost("127.0.0.1", port);
-    connected = waitUntil([&] { return socket.state() == QAbstractSocket::ConnectedState; });
-  }
-
-  QString query(const QString& line) {
-    socket.write((line + "\n").toUtf8());
-    if (!waitUntil([&] { return socket.canReadLine(); }, 3000)) return "<no reply>";
-    return QString::fromUtf8(socket.readLine()).chopped(1);
-  }
-
-  // A line that answers nothing, followed by a barrier query on a line of its own.
-  void command(const QString& line) { EXPECT_EQ(query(line + "\n:SYST:VER?"), "1.0.5") << line; }
-
-  bool connected = false;
-  QTcpSocket socket;
-};
 
 class AmFmModeTest : public ::testing::Test {
 protected:
@@ -107,7 +87,7 @@ TEST_F(AmFmModeTest, ViewsSitInTheListAndStackWithTheirDefaults) {
 }
 
 TEST_F(AmFmModeTest, RemoteRowsFiftySixToSeventyOne) {
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   ASSERT_TRUE(client.connected);
   struct Row {
     QString command;  // empty: only the queries
@@ -179,7 +159,7 @@ TEST_F(AmFmModeTest, GeneratorsRetuneAtTheirRatesAndPlayInChunks) {
   EXPECT_DOUBLE_EQ(log.calls("krtSetLevel").back()["args"]["level"].get<double>(), -13.0);
 
   // A remote change of the active view restarts at the new rate: 1e7 Hz plays at 4e7/s.
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   log.mark();
   client.command(":AM:FREQ 1e7");
   ASSERT_TRUE(waitForStream(4e7, 666666));

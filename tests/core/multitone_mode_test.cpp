@@ -7,6 +7,7 @@
 #include "core/device.h"
 #include "core/impairment_widget.h"
 #include "core_test_env.h"
+#include "scpi_client.h"
 #include "modes/mode_view_multitone.h"
 #include "modes/multitone_builder.h"
 #include "modes/my_stacked_widget.h"
@@ -17,7 +18,6 @@
 #include <QCheckBox>
 #include <QProgressDialog>
 #include <QSettings>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -27,26 +27,6 @@
 #include <vector>
 
 namespace {
-
-class Client {
-public:
-  explicit Client(quint16 port) {
-    socket.connectToHost("127.0.0.1", port);
-    connected = waitUntil([&] { return socket.state() == QAbstractSocket::ConnectedState; });
-  }
-
-  QString query(const QString& line) {
-    socket.write((line + "\n").toUtf8());
-    if (!waitUntil([&] { return socket.canReadLine(); }, 3000)) return "<no reply>";
-    return QString::fromUtf8(socket.readLine()).chopped(1);
-  }
-
-  // A line that answers nothing, followed by a barrier query on a line of its own.
-  void command(const QString& line) { EXPECT_EQ(query(line + "\n:SYST:VER?"), "1.0.5") << line; }
-
-  bool connected = false;
-  QTcpSocket socket;
-};
 
 class MultitoneModeTest : public ::testing::Test {
 protected:
@@ -97,7 +77,7 @@ protected:
 TEST_F(MultitoneModeTest, RemoteRowsEightyToNinetyOne) {
   EXPECT_EQ(central.findChild<MyListWidget*>()->findModeRow(4)->text(), "Multitone");
   EXPECT_EQ(central.findChild<MyStackedWidget*>()->findMode(4), view);
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   ASSERT_TRUE(client.connected);
   struct Row {
     QString command;  // empty: only the queries

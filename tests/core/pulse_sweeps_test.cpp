@@ -6,6 +6,7 @@
 #include "core/device.h"
 #include "core/impairment_widget.h"
 #include "core_test_env.h"
+#include "scpi_client.h"
 #include "modes/mode_view_pulse.h"
 #include "modes/mode_view_ramp_sweep.h"
 #include "modes/mode_view_step_sweep.h"
@@ -13,7 +14,6 @@
 #include "support/events_log.h"
 
 #include <QCheckBox>
-#include <QTcpSocket>
 
 #include <gtest/gtest.h>
 
@@ -196,23 +196,8 @@ TEST_F(PulseSweepsTest, StepSweepReportsALostDevice) {
 
 // ---- Remote rows ----------------------------------------------------------------------------
 
-class Client {
-public:
-  explicit Client(quint16 port) {
-    socket.connectToHost("127.0.0.1", port);
-    connected = waitUntil([&] { return socket.state() == QAbstractSocket::ConnectedState; });
-  }
-  QString query(const QString& line) {
-    socket.write((line + "\n").toUtf8());
-    if (!waitUntil([&] { return socket.canReadLine(); }, 3000)) return "<no reply>";
-    return QString::fromUtf8(socket.readLine()).chopped(1);
-  }
-  bool connected = false;
-  QTcpSocket socket;
-};
-
 TEST_F(PulseSweepsTest, RemoteRowsSetAndReadTheViews) {
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   ASSERT_TRUE(client.connected);
   const std::vector<std::pair<QString, QString>> rows = {
       // Mode state: ON selects the mode, OFF does nothing at all.

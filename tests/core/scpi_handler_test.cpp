@@ -6,38 +6,16 @@
 #include "core/device.h"
 #include "core/impairment_widget.h"
 #include "core_test_env.h"
+#include "scpi_client.h"
 #include "persist/paths.h"
 #include "remote/scpi_remote_dialog.h"
 #include "shell/error_queue.h"
 
 #include <QFile>
-#include <QTcpSocket>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-// A remote client; every wait runs the event loop, since the server lives on this thread.
-class Client {
-public:
-  explicit Client(quint16 port) {
-    socket.connectToHost("127.0.0.1", port);
-    connected = waitUntil([&] { return socket.state() == QAbstractSocket::ConnectedState; });
-  }
-
-  QString query(const QString& line) {
-    socket.write((line + "\n").toUtf8());
-    if (!waitUntil([&] { return socket.canReadLine(); }, 3000)) return "<no reply>";
-    return QString::fromUtf8(socket.readLine()).chopped(1);
-  }
-
-  // Sends a line that answers nothing and waits until the server has handled it, by
-  // following it with a query on a line of its own.
-  void command(const QString& line) { EXPECT_EQ(query(line + "\n:SYST:VER?"), "1.0.5") << line; }
-
-  bool connected = false;
-  QTcpSocket socket;
-};
 
 class ScpiHandlerTest : public ::testing::Test {
 protected:
@@ -61,7 +39,7 @@ protected:
 };
 
 TEST_F(ScpiHandlerTest, IdentityAndSystemRowsWithoutADevice) {
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   ASSERT_TRUE(client.connected);
   const std::vector<std::pair<QString, QString>> rows = {
       {"*IDN?", "Tarnwick,,,"},
@@ -81,7 +59,7 @@ TEST_F(ScpiHandlerTest, IdentityAndSystemRowsWithoutADevice) {
 
 TEST_F(ScpiHandlerTest, IdentityAndDeviceRowsWithADevice) {
   connectDevice();
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   EXPECT_EQ(client.query("*IDN?"), "Tarnwick,KRT40A,21000001,3");
   EXPECT_EQ(client.query(":SYST:DEV:ACT?"), "1");
   EXPECT_EQ(client.query(":SYST:DEV:COUN?"), "0");
@@ -90,7 +68,7 @@ TEST_F(ScpiHandlerTest, IdentityAndDeviceRowsWithADevice) {
 }
 
 TEST_F(ScpiHandlerTest, SourceRowsClampAndLogAsTheFrontPanel) {
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   struct Row {
     QString line;
     double frequency, step, level, levelStep;
@@ -129,7 +107,7 @@ TEST_F(ScpiHandlerTest, SourceRowsClampAndLogAsTheFrontPanel) {
 
 TEST_F(ScpiHandlerTest, SwitchesReferenceAndWords) {
   connectDevice();
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   client.command(":OUTP ON;:OUTP:MOD 1;:ROSC:SOUR EXT");
   EXPECT_TRUE(central.rfEnabled());
   EXPECT_TRUE(central.modEnabled());
@@ -145,7 +123,7 @@ TEST_F(ScpiHandlerTest, SwitchesReferenceAndWords) {
 
 TEST_F(ScpiHandlerTest, OperationCompleteFollowsTheRestart) {
   connectDevice();
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   EXPECT_EQ(client.query(":OUTP ON;*OPC;*ESR?"), "0");
   EXPECT_TRUE(waitUntil([&] { return client.query("*ESR?") == "1"; }));
   // "*OPC?" exists in the table and does nothing.
@@ -154,7 +132,7 @@ TEST_F(ScpiHandlerTest, OperationCompleteFollowsTheRestart) {
 
 TEST_F(ScpiHandlerTest, PresetRowsAndQuickPresetSlots) {
   connectDevice();
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   client.command(":OUTP ON;:FREQ 3 GHz;:POW -33");
   EXPECT_EQ(client.query(":SYST:PRES?"), "1");
   EXPECT_FALSE(central.rfEnabled());
@@ -180,7 +158,7 @@ TEST_F(ScpiHandlerTest, WindowRowsGoThroughTheMainWindowRequests) {
     ++disconnects;
     device.close();
   });
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   EXPECT_EQ(client.query(":SYST:DEV:CON? 21000001"), "1");
   EXPECT_EQ(connectSerial, 21000001);
   EXPECT_EQ(client.query(":SYST:DEV:DISC?"), "1");
@@ -189,7 +167,7 @@ TEST_F(ScpiHandlerTest, WindowRowsGoThroughTheMainWindowRequests) {
 }
 
 TEST_F(ScpiHandlerTest, RemoteNoticeReturnsWithEachCommand) {
-  Client client(central.scpiServerPort());
+  ScpiClient client(central.scpiServerPort());
   client.command("*CLS");
   EXPECT_TRUE(central.remoteNotice()->isVisible());
   client.command(":SYST:COMM:GTL");
@@ -202,7 +180,7 @@ TEST_F(ScpiHandlerTest, RemoteNoticeReturnsWithEachCommand) {
 }
 
 TEST_F(ScpiHandlerTest, OneClientAtATime) {
-  auto first = std::make_unique<Client>(central.scpiServerPort());
+  auto first = std::make_unique<ScpiClient>(central.scpiServerPort());
   ASSERT_TRUE(first->connected);
   EXPECT_FALSE(central.isScpiListening());
   // A half line from the first client is joined to the next client's first line.
@@ -211,7 +189,7 @@ TEST_F(ScpiHandlerTest, OneClientAtATime) {
   waitUntil([] { return false; }, 100);
   first.reset();
   ASSERT_TRUE(waitUntil([&] { return central.isScpiListening(); }));
-  Client second(central.scpiServerPort());
+  ScpiClient second(central.scpiServerPort());
   EXPECT_EQ(second.query("VER?"), "1.0.5");
 }
 
