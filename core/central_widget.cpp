@@ -59,10 +59,14 @@ CentralWidget::CentralWidget(Device* device, ImpairmentWidget* impairments, QWid
   setAutoFillBackground(true);
 
   for (ModeWidget* view : modeViews) view->setDefaults();
-  connect(impairments, &ImpairmentWidget::impairmentsChanged, this, &CentralWidget::settingsChanged);
-  connect(this, &CentralWidget::showProgressDialogSignal, this, &CentralWidget::showProgressDialogSlot);
-  connect(this, &CentralWidget::setProgressPercentSignal, this, &CentralWidget::setProgressPercentSlot);
-  connect(this, &CentralWidget::hideProgressDialogSignal, this, &CentralWidget::hideProgressDialogSlot);
+  connect(impairments, &ImpairmentWidget::impairmentsChanged, this,
+          &CentralWidget::settingsChanged);
+  connect(this, &CentralWidget::showProgressDialogSignal, this,
+          &CentralWidget::showProgressDialogSlot);
+  connect(this, &CentralWidget::setProgressPercentSignal, this,
+          &CentralWidget::setProgressPercentSlot);
+  connect(this, &CentralWidget::hideProgressDialogSignal, this,
+          &CentralWidget::hideProgressDialogSlot);
   setUpRemote();
   if (parent) connect(this, SIGNAL(deviceConnectionLost()), parent, SLOT(deviceConnectionLost()));
 }
@@ -111,7 +115,8 @@ void CentralWidget::connectFrontPanel() {
   connect(frequencyEdit, &FrequencyEdit::valueChanged, this, &CentralWidget::setCenterFrequency);
   connect(frequencyStepEdit, &FrequencyEdit::valueChanged, this, &CentralWidget::setStepFrequency);
   connect(frequencyUpButton, &QPushButton::clicked, this, &CentralWidget::increaseCenterFrequency);
-  connect(frequencyDownButton, &QPushButton::clicked, this, &CentralWidget::decreaseCenterFrequency);
+  connect(frequencyDownButton, &QPushButton::clicked, this,
+          &CentralWidget::decreaseCenterFrequency);
   connect(rfButtons, &MyButtonGroup::stateChanged, this, &CentralWidget::settingsChanged);
   connect(modButtons, &MyButtonGroup::stateChanged, this, &CentralWidget::settingsChanged);
   connect(triggerButton, &QPushButton::clicked, this, &CentralWidget::triggerPressed);

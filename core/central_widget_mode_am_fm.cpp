@@ -36,24 +36,38 @@ void CentralWidget::handleAmFmRows(Scpi& command, int id) {
   switch (id) {
     case 56:
     case 57: handleModeStateRow(command, 1, id == 57); break;
-    case 58: if (command.nextFrequency(value)) modeViewAM->setRate(value); break;
+    case 58:
+      if (command.nextFrequency(value)) modeViewAM->setRate(value);
+      break;
     case 59: addDoubleResponse(command, modeViewAM->rate()); break;
     case 60:
-      if (readScpiWord(command, scpiWords::modulationShape, word)) modeViewAM->setShape(static_cast<ModShape>(word));
+      if (readScpiWord(command, scpiWords::modulationShape, word))
+        modeViewAM->setShape(static_cast<ModShape>(word));
       break;
-    case 61: command.addResponse(scpiWordText(scpiWords::modulationShape, modeViewAM->shape())); break;
-    case 62: if (command.nextDouble(value)) modeViewAM->setDepth(value); break;
+    case 61:
+      command.addResponse(scpiWordText(scpiWords::modulationShape, modeViewAM->shape()));
+      break;
+    case 62:
+      if (command.nextDouble(value)) modeViewAM->setDepth(value);
+      break;
     case 63: addDoubleResponse(command, modeViewAM->depth()); break;
     case 64:
     case 65: handleModeStateRow(command, 2, id == 65); break;
-    case 66: if (command.nextFrequency(value)) modeViewFM->setRate(value); break;
+    case 66:
+      if (command.nextFrequency(value)) modeViewFM->setRate(value);
+      break;
     case 67: addDoubleResponse(command, modeViewFM->rate()); break;
-    case 68: if (command.nextFrequency(value)) modeViewFM->setDeviation(value); break;
+    case 68:
+      if (command.nextFrequency(value)) modeViewFM->setDeviation(value);
+      break;
     case 69: addDoubleResponse(command, modeViewFM->deviation()); break;
     case 70:
-      if (readScpiWord(command, scpiWords::modulationShape, word)) modeViewFM->setShape(static_cast<ModShape>(word));
+      if (readScpiWord(command, scpiWords::modulationShape, word))
+        modeViewFM->setShape(static_cast<ModShape>(word));
       break;
-    case 71: command.addResponse(scpiWordText(scpiWords::modulationShape, modeViewFM->shape())); break;
+    case 71:
+      command.addResponse(scpiWordText(scpiWords::modulationShape, modeViewFM->shape()));
+      break;
     default: break;
   }
 }

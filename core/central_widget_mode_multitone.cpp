@@ -44,13 +44,21 @@ void CentralWidget::handleMultitoneRows(Scpi& command, int id) {
         view->setPhase(static_cast<MultiTonePhase>(number));
       break;
     case 83: command.addResponse(scpiWordText(scpiWords::multitonePhase, view->phase())); break;
-    case 84: if (command.nextInt(number)) view->setPhaseSeed(number); break;
+    case 84:
+      if (command.nextInt(number)) view->setPhaseSeed(number);
+      break;
     case 85: addIntResponse(command, view->phaseSeed()); break;
-    case 86: if (command.nextInt(number)) view->setToneCount(number); break;
+    case 86:
+      if (command.nextInt(number)) view->setToneCount(number);
+      break;
     case 87: addIntResponse(command, view->toneCount()); break;
-    case 88: if (command.nextFrequency(hertz)) view->setFreqSpacing(hertz); break;
+    case 88:
+      if (command.nextFrequency(hertz)) view->setFreqSpacing(hertz);
+      break;
     case 89: addDoubleResponse(command, view->freqSpacing()); break;
-    case 90: if (command.nextFrequency(hertz)) view->setNotchWidth(hertz); break;
+    case 90:
+      if (command.nextFrequency(hertz)) view->setNotchWidth(hertz);
+      break;
     case 91: addDoubleResponse(command, view->notchWidth()); break;
     default: break;
   }

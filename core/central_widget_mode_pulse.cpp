@@ -34,10 +34,16 @@ void CentralWidget::handlePulseRows(Scpi& command, int id) {
       if (readScpiWord(command, scpiWords::triggerType, word))
         modeViewPulse->setTriggerType(static_cast<TriggerType>(word));
       break;
-    case 75: command.addResponse(scpiWordText(scpiWords::triggerType, modeViewPulse->triggerType())); break;
-    case 76: if (command.nextTime(seconds)) modeViewPulse->setPulseWidth(seconds); break;
+    case 75:
+      command.addResponse(scpiWordText(scpiWords::triggerType, modeViewPulse->triggerType()));
+      break;
+    case 76:
+      if (command.nextTime(seconds)) modeViewPulse->setPulseWidth(seconds);
+      break;
     case 77: addDoubleResponse(command, modeViewPulse->pulseWidth()); break;
-    case 78: if (command.nextTime(seconds)) modeViewPulse->setPulsePeriod(seconds); break;
+    case 78:
+      if (command.nextTime(seconds)) modeViewPulse->setPulsePeriod(seconds);
+      break;
     case 79: addDoubleResponse(command, modeViewPulse->pulsePeriod()); break;
     default: break;
   }

@@ -23,11 +23,13 @@ void pause() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
 
 // Feeds one dwell in pieces of the constant carrier, looking at the run flag before each piece
 // and at the USB status after it.
-SweepEnd feedDwell(CentralWidget& central, int64_t dwellSamples, const std::vector<Sample>& carrier) {
+SweepEnd feedDwell(CentralWidget& central, int64_t dwellSamples,
+                   const std::vector<Sample>& carrier) {
   Device* device = central.session();
   for (int64_t fed = 0; fed < dwellSamples; fed += stepSweepPieceSamples) {
     if (!central.streamEngine().isStreaming()) return SweepEnd::Stopped;
-    device->submitIQ(carrier.data(), static_cast<int>(std::min<int64_t>(stepSweepPieceSamples, dwellSamples - fed)));
+    device->submitIQ(carrier.data(), static_cast<int>(std::min<int64_t>(stepSweepPieceSamples,
+                                                                        dwellSamples - fed)));
     if (device->connectionFailed()) {
       emit central.deviceConnectionLost();
       return SweepEnd::DeviceLost;
@@ -38,7 +40,8 @@ SweepEnd feedDwell(CentralWidget& central, int64_t dwellSamples, const std::vect
 
 // One pass over the points. Frequency and level go straight to the device, without the
 // corrections of a retune.
-SweepEnd playSweep(CentralWidget& central, const StepSweepPlan& plan, const std::vector<Sample>& carrier) {
+SweepEnd playSweep(CentralWidget& central, const StepSweepPlan& plan,
+                   const std::vector<Sample>& carrier) {
   for (int i = 0; i < plan.points; ++i) {
     central.session()->setFrequency(plan.frequencyAt(i));
     central.session()->setLevel(plan.levelAt(i));
@@ -54,24 +57,38 @@ void handleStepSweepRow(ModeViewStepSweep& view, Scpi& command, int id) {
   int number = 0;
   switch (id) {
     case 94:
-      if (readScpiWord(command, scpiWords::triggerType, number)) view.setTriggerType(static_cast<TriggerType>(number));
+      if (readScpiWord(command, scpiWords::triggerType, number))
+        view.setTriggerType(static_cast<TriggerType>(number));
       break;
     case 95: command.addResponse(scpiWordText(scpiWords::triggerType, view.triggerType())); break;
     case 96:
-      if (readScpiWord(command, scpiWords::stepSweepType, number)) view.setSweepType(static_cast<StepSweepType>(number));
+      if (readScpiWord(command, scpiWords::stepSweepType, number))
+        view.setSweepType(static_cast<StepSweepType>(number));
       break;
     case 97: command.addResponse(scpiWordText(scpiWords::stepSweepType, view.sweepType())); break;
-    case 98: if (command.nextFrequency(value)) view.setStartFreq(value); break;
+    case 98:
+      if (command.nextFrequency(value)) view.setStartFreq(value);
+      break;
     case 99: addDoubleResponse(command, view.startFreq()); break;
-    case 100: if (command.nextFrequency(value)) view.setStopFreq(value); break;
+    case 100:
+      if (command.nextFrequency(value)) view.setStopFreq(value);
+      break;
     case 101: addDoubleResponse(command, view.stopFreq()); break;
-    case 102: if (command.nextInt(number)) view.setPoints(number); break;
+    case 102:
+      if (command.nextInt(number)) view.setPoints(number);
+      break;
     case 103: addDoubleResponse(command, view.points()); break;  // the count, as a double
-    case 104: if (command.nextDouble(value)) view.setStartAmpl(value); break;
+    case 104:
+      if (command.nextDouble(value)) view.setStartAmpl(value);
+      break;
     case 105: addDoubleResponse(command, view.startAmpl()); break;
-    case 106: if (command.nextDouble(value)) view.setStopAmpl(value); break;
+    case 106:
+      if (command.nextDouble(value)) view.setStopAmpl(value);
+      break;
     case 107: addDoubleResponse(command, view.stopAmpl()); break;
-    case 108: if (command.nextTime(value)) view.setDwellTime(value); break;
+    case 108:
+      if (command.nextTime(value)) view.setDwellTime(value);
+      break;
     case 109: addDoubleResponse(command, view.dwellTime()); break;
     default: break;
   }
@@ -83,14 +100,21 @@ void handleRampSweepRow(ModeViewRampSweep& view, Scpi& command, int id) {
   int word = 0;
   switch (id) {
     case 112:
-      if (readScpiWord(command, scpiWords::triggerType, word)) view.setTriggerType(static_cast<TriggerType>(word));
+      if (readScpiWord(command, scpiWords::triggerType, word))
+        view.setTriggerType(static_cast<TriggerType>(word));
       break;
     case 113: command.addResponse(scpiWordText(scpiWords::triggerType, view.triggerType())); break;
-    case 114: if (command.nextFrequency(value)) view.setSpan(value); break;
+    case 114:
+      if (command.nextFrequency(value)) view.setSpan(value);
+      break;
     case 115: addDoubleResponse(command, view.span()); break;
-    case 116: if (command.nextTime(value)) view.setSweepTime(value); break;
+    case 116:
+      if (command.nextTime(value)) view.setSweepTime(value);
+      break;
     case 117: addDoubleResponse(command, view.sweepTime()); break;
-    case 118: if (command.nextTime(value)) view.setSweepPeriod(value); break;
+    case 118:
+      if (command.nextTime(value)) view.setSweepPeriod(value);
+      break;
     default: break;
   }
 }

@@ -77,11 +77,12 @@ void CentralWidget::loadHeadKeys(QSettings& settings) {
   settingsChanged();
   modButtons->setState(settings.value("ModulationState", modEnabled()).toBool() ? 0 : 1);
   settingsChanged();
-  referenceButton->setChecked(settings.value("TimebaseState", referenceEnabled() ? 1 : 0).toInt() == 1);
+  referenceButton->setChecked(settings.value("TimebaseState", referenceEnabled() ? 1 : 0).toInt() ==
+                              1);
   settingsChanged();
 
-  frequencyEdit->setValue(clampLogged(settings.value("Frequency", frequency()).toDouble(), minFrequency,
-                                      maxFrequency, "Center frequency clamped"));
+  frequencyEdit->setValue(clampLogged(settings.value("Frequency", frequency()).toDouble(),
+                                      minFrequency, maxFrequency, "Center frequency clamped"));
   settingsChanged();
   const double step = clampLogged(settings.value("FrequencyStep", frequencyStep()).toDouble(), 0.0,
                                   maxFrequency, "Step frequency clamped");
@@ -90,7 +91,8 @@ void CentralWidget::loadHeadKeys(QSettings& settings) {
 
   levelEdit->setValue(std::clamp(settings.value("PowerLevel", level()).toDouble(), -120.0, 10.0));
   settingsChanged();
-  const double levelStepValue = std::clamp(settings.value("PowerLevelStep", levelStep()).toDouble(), 0.0, 100.0);
+  const double levelStepValue =
+      std::clamp(settings.value("PowerLevelStep", levelStep()).toDouble(), 0.0, 100.0);
   levelStepEdit->setValue(levelStepValue);
   levelEdit->setStep(levelStepValue);
 }

@@ -73,7 +73,8 @@ void CentralWidget::readSCPISocket() {
   const QByteArray bytes = scpiSocket->readAll();
 
   // The text of a chunk ends at its first zero byte.
-  scpi.feed(QString::fromUtf8(bytes.constData(), static_cast<int>(qstrnlen(bytes.constData(), bytes.size()))));
+  scpi.feed(QString::fromUtf8(bytes.constData(),
+                              static_cast<int>(qstrnlen(bytes.constData(), bytes.size()))));
 }
 
 void CentralWidget::showRemoteDialog() {
@@ -150,7 +151,9 @@ void CentralWidget::handleCommonCommand(Scpi& command, int id) {
       break;
     case 16: command.addResponse(softwareVersion()); break;
     case 17: addBoolResponse(command, device->isOpen()); break;
-    case 18: addIntResponse(command, device->isOpen() ? 0 : static_cast<int>(device->deviceList().size())); break;
+    case 18:
+      addIntResponse(command, device->isOpen() ? 0 : static_cast<int>(device->deviceList().size()));
+      break;
     case 19:
       if (!device->isOpen())
         for (int serial : device->deviceList()) addIntResponse(command, serial);
@@ -174,9 +177,13 @@ void CentralWidget::handleSourceCommand(Scpi& command, int id) {
   double value = 0.0;
   int word = 0;
   switch (id) {
-    case 24: if (command.nextBool(on)) setRFEnabled(on); break;
+    case 24:
+      if (command.nextBool(on)) setRFEnabled(on);
+      break;
     case 25: addBoolResponse(command, rfEnabled()); break;
-    case 26: if (command.nextBool(on)) setModEnabled(on); break;
+    case 26:
+      if (command.nextBool(on)) setModEnabled(on);
+      break;
     case 27: addBoolResponse(command, modEnabled()); break;
     case 44:
       if (readScpiWord(command, scpiWords::referenceSource, word))
@@ -186,28 +193,45 @@ void CentralWidget::handleSourceCommand(Scpi& command, int id) {
       command.addResponse(scpiWordText(scpiWords::referenceSource, referenceEnabled() ? 1 : 0));
       break;
     case 48:
-      if (command.isUp()) increaseCenterFrequency();
-      else if (command.isDown()) decreaseCenterFrequency();
-      else if (command.nextFrequency(value)) setCenterFrequency(value);
+      if (command.isUp())
+        increaseCenterFrequency();
+      else if (command.isDown())
+        decreaseCenterFrequency();
+      else if (command.nextFrequency(value))
+        setCenterFrequency(value);
       break;
     case 49:
-      addDoubleResponse(command, command.isMin() ? minFrequency : command.isMax() ? maxFrequency : frequency());
+      addDoubleResponse(command, command.isMin()   ? minFrequency
+                                 : command.isMax() ? maxFrequency
+                                                   : frequency());
       break;
     case 50:
       // MIN and MAX answer here, on the setting row, and set nothing.
-      if (command.isMin()) addDoubleResponse(command, 0.0);
-      else if (command.isMax()) addDoubleResponse(command, maxFrequency);
-      else if (command.nextFrequency(value)) setStepFrequency(value);
+      if (command.isMin())
+        addDoubleResponse(command, 0.0);
+      else if (command.isMax())
+        addDoubleResponse(command, maxFrequency);
+      else if (command.nextFrequency(value))
+        setStepFrequency(value);
       break;
     case 51: addDoubleResponse(command, frequencyStep()); break;
     case 52:
-      if (command.isUp()) increaseLevel();
-      else if (command.isDown()) decreaseLevel();
-      else if (command.nextDouble(value)) setLevel(value);
+      if (command.isUp())
+        increaseLevel();
+      else if (command.isDown())
+        decreaseLevel();
+      else if (command.nextDouble(value))
+        setLevel(value);
       break;
-    case 53: addDoubleResponse(command, command.isMin() ? -120.0 : command.isMax() ? 10.0 : level()); break;
-    case 54: if (command.nextDouble(value)) setLevelStep(value); break;
-    case 55: addDoubleResponse(command, command.isMin() ? 0.0 : command.isMax() ? 100.0 : levelStep()); break;
+    case 53:
+      addDoubleResponse(command, command.isMin() ? -120.0 : command.isMax() ? 10.0 : level());
+      break;
+    case 54:
+      if (command.nextDouble(value)) setLevelStep(value);
+      break;
+    case 55:
+      addDoubleResponse(command, command.isMin() ? 0.0 : command.isMax() ? 100.0 : levelStep());
+      break;
     default: break;  // impairment rows act once the impairment panel has its controls
   }
 }

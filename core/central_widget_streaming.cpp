@@ -7,7 +7,9 @@
 
 #include <QButtonGroup>
 
-void CentralWidget::startStreaming() { engine.startStreaming([this] { streamingThreadMain(); }); }
+void CentralWidget::startStreaming() {
+  engine.startStreaming([this] { streamingThreadMain(); });
+}
 
 void CentralWidget::startStreamingQuiet() {
   engine.startStreamingQuiet([this] { streamingThreadMain(); });

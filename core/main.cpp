@@ -18,7 +18,8 @@ struct PreferencesLifetime {
 
 // Without a display the instrument still serves remote clients: run on the offscreen platform.
 void chooseHeadlessPlatform() {
-  if (std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM")) return;
+  if (std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM"))
+    return;
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
   std::fprintf(stderr, "krt40: no display found, running headless (offscreen platform)\n");
 }

@@ -45,13 +45,15 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
   statusBar = new StatusBar(this);
   setStatusBar(statusBar);
 
-  connect(central, &CentralWidget::updateStatusBarModeSignal, this, &MainWindow::updateStatusBarModeSlot);
+  connect(central, &CentralWidget::updateStatusBarModeSignal, this,
+          &MainWindow::updateStatusBarModeSlot);
   connect(central, &CentralWidget::updateTemp, this, &MainWindow::updateTemp);
   connect(central, &CentralWidget::connectDeviceRequested, this,
           qOverload<int>(&MainWindow::connectDevice), Qt::DirectConnection);
   connect(central, &CentralWidget::disconnectDeviceRequested, this, &MainWindow::disconnectDevice,
           Qt::DirectConnection);
-  connect(central, &CentralWidget::closeWindowRequested, this, &QWidget::close, Qt::QueuedConnection);
+  connect(central, &CentralWidget::closeWindowRequested, this, &QWidget::close,
+          Qt::QueuedConnection);
   connect(&versionChecker, &VersionChecker::broadcastNewVersionAvailable, this,
           &MainWindow::showNewVersionMessage);
   versionChecker.start();
@@ -113,7 +115,8 @@ void MainWindow::connectDevice(int serialNumber) {
   if (device.isOpen()) return;
   QProgressDialog dialog(this);
   dialog.setWindowTitle("KRT40");
-  dialog.setLabelText(QString(20, ' ') + "Attempting to Connect KRT, This May Take Several Seconds" +
+  dialog.setLabelText(QString(20, ' ') +
+                      "Attempting to Connect KRT, This May Take Several Seconds" +
                       QString(20, ' '));
   dialog.show();
   dialog.setMinimum(0);
@@ -181,7 +184,8 @@ void MainWindow::restoreWindowState() {
   const QVariant state = settings.value("MainWindow/State");
   if (state.isValid()) restoreState(state.toByteArray());
   const QVariant geometryValue = settings.value("MainWindow/Geometry");
-  if (geometryValue.isValid() && geometryValue.toRect().isValid()) setGeometry(geometryValue.toRect());
+  if (geometryValue.isValid() && geometryValue.toRect().isValid())
+    setGeometry(geometryValue.toRect());
   const QVariant maximized = settings.value("MainWindow/Maximized");
   if (maximized.isValid() && maximized.toBool()) showMaximized();
 }

@@ -45,8 +45,10 @@ void MainWindow::buildFileMenu() {
 
 void MainWindow::buildPresetMenu() {
   presetMenu = menuBar()->addMenu("Presets");
-  presetMenu->addAction("Load User Preset", this, &MainWindow::selectPresetLoad, QKeySequence("Ctrl+O"));
-  presetMenu->addAction("Save User Preset", this, &MainWindow::selectPresetSave, QKeySequence("Ctrl+S"));
+  presetMenu->addAction("Load User Preset", this, &MainWindow::selectPresetLoad,
+                        QKeySequence("Ctrl+O"));
+  presetMenu->addAction("Save User Preset", this, &MainWindow::selectPresetSave,
+                        QKeySequence("Ctrl+S"));
   presetMenu->addSeparator();
   QMenu* quickLoad = presetMenu->addMenu("Quick Load");
   QMenu* quickSave = presetMenu->addMenu("Quick Save");
@@ -60,7 +62,8 @@ void MainWindow::buildPresetMenu() {
   connect(quickSave, &QMenu::triggered, this, &MainWindow::savePreset);
   presetMenu->addSeparator();
   presetMenu->addAction("Save Power On Preset", this, &MainWindow::savePowerOnPreset);
-  deletePowerOnAction = presetMenu->addAction("Delete Power On Preset", this, &MainWindow::deletePowerOnPreset);
+  deletePowerOnAction =
+      presetMenu->addAction("Delete Power On Preset", this, &MainWindow::deletePowerOnPreset);
   connect(presetMenu, &QMenu::aboutToShow, this, &MainWindow::aboutToShowPresetMenu);
 }
 
@@ -98,7 +101,8 @@ void MainWindow::populateConnectMenu() {
     connectMenu->addAction("No Devices Found")->setEnabled(false);
     return;
   }
-  for (int serial : serials) connectMenu->addAction(QString("KRT40: %1").arg(serial))->setData(serial);
+  for (int serial : serials)
+    connectMenu->addAction(QString("KRT40: %1").arg(serial))->setData(serial);
 }
 
 void MainWindow::aboutToShowPresetMenu() {

@@ -12,7 +12,7 @@ public:
   void markSettingsPending();
   void clearSettingsPending();
   void setOutputReady(bool ready);
-  void armOpc();            // "*OPC"
+  void armOpc();             // "*OPC"
   bool opcComplete() const;  // "*ESR?"
 
   bool isSettingsPending() const { return settingsPending; }

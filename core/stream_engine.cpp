@@ -65,7 +65,8 @@ bool StreamEngine::checkConnection() {
 }
 
 void StreamEngine::processAndSubmit(const Sample* chunkSamples, int count) {
-  if (submitScratch.size() < static_cast<size_t>(count)) submitScratch.resize(static_cast<size_t>(count));
+  if (submitScratch.size() < static_cast<size_t>(count))
+    submitScratch.resize(static_cast<size_t>(count));
   if (impairments)
     impairments->process(chunkSamples, submitScratch.data(), count);
   else
@@ -75,7 +76,8 @@ void StreamEngine::processAndSubmit(const Sample* chunkSamples, int count) {
 
 void StreamEngine::submitWaveform(const Sample* samples, int64_t length, bool singleShot) {
   const int chunk = chunkLength();
-  if (chunkScratch.size() < static_cast<size_t>(chunk)) chunkScratch.resize(static_cast<size_t>(chunk));
+  if (chunkScratch.size() < static_cast<size_t>(chunk))
+    chunkScratch.resize(static_cast<size_t>(chunk));
   if (singleShot)
     submitSingleShot(samples, length, chunk);
   else

@@ -26,7 +26,9 @@ public:
 
   void setImpairments(ImpairmentStage* stage) { impairments = stage; }
   // Called on the streaming thread when the USB status reports a failure.
-  void setConnectionLostHandler(std::function<void()> handler) { connectionLost = std::move(handler); }
+  void setConnectionLostHandler(std::function<void()> handler) {
+    connectionLost = std::move(handler);
+  }
 
   // Both start `threadMain` on a new thread if none runs; the first names it for debuggers.
   void startStreaming(std::function<void()> threadMain);

@@ -10,8 +10,12 @@
 
 namespace {
 
-int apply(VecFir32fc* fir, const Sample* src, Sample* dst, int n) { return vecFirApply32fc(fir, src, dst, n); }
-int apply(VecFir32f* fir, const float* src, float* dst, int n) { return vecFirApply32f(fir, src, dst, n); }
+int apply(VecFir32fc* fir, const Sample* src, Sample* dst, int n) {
+  return vecFirApply32fc(fir, src, dst, n);
+}
+int apply(VecFir32f* fir, const float* src, float* dst, int n) {
+  return vecFirApply32f(fir, src, dst, n);
+}
 
 template <class T>
 void moveWithin(const T* src, T* dst, int n) {
@@ -29,12 +33,12 @@ void filterLong(Fir* fir, T* x, int length) {
   apply(fir, x + length - taps, scratch.data(), taps);  // primes the delay line with the tail
   std::copy(x, x + taps, scratch.begin());              // keeps the head for the wrap
   apply(fir, x, x, taps);
-  moveWithin(x + half, x, taps - half);                 // drops the delay
+  moveWithin(x + half, x, taps - half);  // drops the delay
   if (length > taps) {
     apply(fir, x + taps, x + taps, length - taps);
     moveWithin(x + taps, x + taps - half, length - taps);
   }
-  apply(fir, scratch.data(), scratch.data(), taps);     // the head again, after the tail
+  apply(fir, scratch.data(), scratch.data(), taps);  // the head again, after the tail
   std::copy(scratch.begin(), scratch.begin() + half, x + length - half);
 }
 
@@ -62,5 +66,9 @@ int filterCircularT(Fir* fir, T* samples, int length) {
 
 }  // namespace
 
-int filterCircular(VecFir32fc* fir, Sample* samples, int length) { return filterCircularT(fir, samples, length); }
-int filterCircular(VecFir32f* fir, float* samples, int length) { return filterCircularT(fir, samples, length); }
+int filterCircular(VecFir32fc* fir, Sample* samples, int length) {
+  return filterCircularT(fir, samples, length);
+}
+int filterCircular(VecFir32f* fir, float* samples, int length) {
+  return filterCircularT(fir, samples, length);
+}

@@ -74,7 +74,9 @@ int vecMulC32fc(const Sample* src, float re, float im, Sample* dst, int n) {
   return VecOk;
 }
 
-int vecMulC32fcInPlace(float re, float im, Sample* dst, int n) { return vecMulC32fc(dst, re, im, dst, n); }
+int vecMulC32fcInPlace(float re, float im, Sample* dst, int n) {
+  return vecMulC32fc(dst, re, im, dst, n);
+}
 
 int vecMulC32f(const float* src, float c, float* dst, int n) {
   if (int status = check(src, dst, dst, n)) return status;

@@ -44,13 +44,15 @@ int vecDesignLowpass(double relCutoff, double* taps, int length, int window, boo
                      double kaiserBeta) {
   if (length < 1) return VecErrSize;
   if (!taps) return VecErrNull;
-  if (!(relCutoff > 0.0 && relCutoff < 0.5) || window < VecWindowRectangular || window > VecWindowKaiser)
+  if (!(relCutoff > 0.0 && relCutoff < 0.5) || window < VecWindowRectangular ||
+      window > VecWindowKaiser)
     return VecErrRange;
   const double centre = 0.5 * (length - 1);
   double sum = 0.0;
   for (int k = 0; k < length; ++k) {
     const double t = k - centre;
-    const double sinc = t == 0.0 ? 2.0 * relCutoff : std::sin(2.0 * kPi * relCutoff * t) / (kPi * t);
+    const double sinc =
+        t == 0.0 ? 2.0 * relCutoff : std::sin(2.0 * kPi * relCutoff * t) / (kPi * t);
     taps[k] = sinc * windowAt(window, k, length, kaiserBeta);
     sum += taps[k];
   }

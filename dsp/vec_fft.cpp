@@ -86,5 +86,9 @@ VecStatePtr<VecFft> vecFftCreate(int order, int flags, int hint) {
   return VecStatePtr<VecFft>(fft.release());
 }
 
-int vecFftForward32fc(const Sample* src, Sample* dst, VecFft* fft) { return runFft(src, dst, fft, false); }
-int vecFftInverse32fc(const Sample* src, Sample* dst, VecFft* fft) { return runFft(src, dst, fft, true); }
+int vecFftForward32fc(const Sample* src, Sample* dst, VecFft* fft) {
+  return runFft(src, dst, fft, false);
+}
+int vecFftInverse32fc(const Sample* src, Sample* dst, VecFft* fft) {
+  return runFft(src, dst, fft, true);
+}

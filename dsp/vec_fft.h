@@ -8,9 +8,9 @@
 // Scaling of the transforms; without a flag neither direction is scaled.
 enum VecFftFlag : int {
   VecFftNoScale = 0,
-  VecFftDivInvByN = 1,    // the inverse is divided by N: inverse(forward(x)) == x
-  VecFftDivFwdByN = 2,    // the forward is divided by N
-  VecFftDivBySqrtN = 4,   // both are divided by sqrt(N): unitary
+  VecFftDivInvByN = 1,   // the inverse is divided by N: inverse(forward(x)) == x
+  VecFftDivFwdByN = 2,   // the forward is divided by N
+  VecFftDivBySqrtN = 4,  // both are divided by sqrt(N): unitary
 };
 
 // An FFT object owns its plans and a work buffer; use one object from one thread at a time.

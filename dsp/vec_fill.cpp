@@ -35,10 +35,18 @@ int fill(T value, T* dst, int n) {
 
 }  // namespace
 
-int vecCopy32f(const float* src, float* dst, int n) { return copyBytes(src, dst, n, sizeof(float)); }
-int vecCopy32fc(const Sample* src, Sample* dst, int n) { return copyBytes(src, dst, n, sizeof(Sample)); }
-int vecMove32f(const float* src, float* dst, int n) { return moveBytes(src, dst, n, sizeof(float)); }
-int vecMove32fc(const Sample* src, Sample* dst, int n) { return moveBytes(src, dst, n, sizeof(Sample)); }
+int vecCopy32f(const float* src, float* dst, int n) {
+  return copyBytes(src, dst, n, sizeof(float));
+}
+int vecCopy32fc(const Sample* src, Sample* dst, int n) {
+  return copyBytes(src, dst, n, sizeof(Sample));
+}
+int vecMove32f(const float* src, float* dst, int n) {
+  return moveBytes(src, dst, n, sizeof(float));
+}
+int vecMove32fc(const Sample* src, Sample* dst, int n) {
+  return moveBytes(src, dst, n, sizeof(Sample));
+}
 
 int vecSet32f(float value, float* dst, int n) { return fill(value, dst, n); }
 int vecSet64f(double value, double* dst, int n) { return fill(value, dst, n); }

@@ -18,9 +18,9 @@
 
 namespace {
 
-constexpr int kBlock = 1024;          // samples a direct block; planes stay in L1 cache
-constexpr int kFftMinTaps = 32;       // Auto takes the FFT form from here; measured 2x faster at 33
-constexpr int kFftSizePerTap = 8;     // FFT size about 8 × taps: 7/8 of each block is output
+constexpr int kBlock = 1024;       // samples a direct block; planes stay in L1 cache
+constexpr int kFftMinTaps = 32;    // Auto takes the FFT form from here; measured 2x faster at 33
+constexpr int kFftSizePerTap = 8;  // FFT size about 8 × taps: 7/8 of each block is output
 constexpr int kFftMinSize = 512;
 
 // acc(i) = sum over k of g(k) x(i + k), i < count; g holds the taps reversed.
@@ -30,7 +30,8 @@ void firRealPlane(const float* x, const float* g, int m, float* acc, int count) 
   for (; k + 4 <= m; k += 4) {
     const float g0 = g[k], g1 = g[k + 1], g2 = g[k + 2], g3 = g[k + 3];
     const float* xk = x + k;
-    for (int i = 0; i < count; ++i) acc[i] += (g0 * xk[i] + g1 * xk[i + 1]) + (g2 * xk[i + 2] + g3 * xk[i + 3]);
+    for (int i = 0; i < count; ++i)
+      acc[i] += (g0 * xk[i] + g1 * xk[i + 1]) + (g2 * xk[i + 2] + g3 * xk[i + 3]);
   }
   for (; k < m; ++k) {
     const float gk = g[k];
@@ -74,7 +75,8 @@ int nextPowerOfTwo(int v) {
 class FirEngine {
 public:
   // tapIm null: real taps. complexData: src and dst are interleaved complex samples.
-  FirEngine(const float* tapRe, const float* tapIm, int stride, int m, bool complexData, VecFirMethod method)
+  FirEngine(const float* tapRe, const float* tapIm, int stride, int m, bool complexData,
+            VecFirMethod method)
       : m(m), hist(m - 1), complexData(complexData) {
     gr.resize(m);
     gi.assign(m, 0.0f);
@@ -89,7 +91,8 @@ public:
       xi.assign(hist + kBlock, 0.0f);
       ai.resize(kBlock);
     }
-    if (method == VecFirMethod::Fft || (method == VecFirMethod::Auto && m >= kFftMinTaps)) setUpFft(method);
+    if (method == VecFirMethod::Fft || (method == VecFirMethod::Auto && m >= kFftMinTaps))
+      setUpFft(method);
   }
 
   ~FirEngine() {
@@ -161,7 +164,8 @@ private:
           firRealPlane(xr.data(), gr.data(), m, ar.data(), count);
           firRealPlane(xi.data(), gr.data(), m, ai.data(), count);
         } else {
-          firComplexPlanes(xr.data(), xi.data(), gr.data(), gi.data(), m, ar.data(), ai.data(), count);
+          firComplexPlanes(xr.data(), xi.data(), gr.data(), gi.data(), m, ar.data(), ai.data(),
+                           count);
         }
         for (int i = 0; i < count; ++i) {
           out[2 * i] = ar[i];
@@ -264,5 +268,9 @@ VecStatePtr<VecFir32fc> vecFirCreate32fc(const Sample* taps, int length, VecFirM
   return make<VecFir32fc>(t, t + 1, 2, length, true, method);
 }
 
-int vecFirApply32f(VecFir32f* fir, const float* src, float* dst, int n) { return run(fir, src, dst, n); }
-int vecFirApply32fc(VecFir32fc* fir, const Sample* src, Sample* dst, int n) { return run(fir, src, dst, n); }
+int vecFirApply32f(VecFir32f* fir, const float* src, float* dst, int n) {
+  return run(fir, src, dst, n);
+}
+int vecFirApply32fc(VecFir32fc* fir, const Sample* src, Sample* dst, int n) {
+  return run(fir, src, dst, n);
+}

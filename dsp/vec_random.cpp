@@ -75,8 +75,8 @@ double portableExp(double x) {
   const double k = std::floor(x * 1.44269504088896340736 + 0.5);
   const double r = (x - k * kLn2Hi) - k * kLn2Lo;  // |r| <= 0.35
   // Taylor series to r^13 in Horner form: 1 + r (1 + r/2 (1 + r/3 (...))).
-  static constexpr double kInverse[14] = {0,       1.0,      1.0 / 2,  1.0 / 3,  1.0 / 4,
-                                          1.0 / 5, 1.0 / 6,  1.0 / 7,  1.0 / 8,  1.0 / 9,
+  static constexpr double kInverse[14] = {0,        1.0,      1.0 / 2,  1.0 / 3, 1.0 / 4,
+                                          1.0 / 5,  1.0 / 6,  1.0 / 7,  1.0 / 8, 1.0 / 9,
                                           1.0 / 10, 1.0 / 11, 1.0 / 12, 1.0 / 13};
   double p = 1.0;
   for (int i = 13; i >= 1; --i) p = 1.0 + p * r * kInverse[i];
@@ -92,8 +92,9 @@ double portableLog(double x) {  // x > 0
   }
   const double s = (m - 1.0) / (m + 1.0);  // |s| < 0.1716
   const double s2 = s * s;
-  static constexpr double kOddInverse[12] = {1.0,      1.0 / 3,  1.0 / 5,  1.0 / 7,  1.0 / 9,  1.0 / 11,
-                                             1.0 / 13, 1.0 / 15, 1.0 / 17, 1.0 / 19, 1.0 / 21, 1.0 / 23};
+  static constexpr double kOddInverse[12] = {1.0,      1.0 / 3,  1.0 / 5,  1.0 / 7,
+                                             1.0 / 9,  1.0 / 11, 1.0 / 13, 1.0 / 15,
+                                             1.0 / 17, 1.0 / 19, 1.0 / 21, 1.0 / 23};
   double series = 0.0;
   for (int i = 11; i >= 0; --i) series = kOddInverse[i] + s2 * series;
   return e * kLn2Hi + (2.0 * s * series + e * kLn2Lo);
@@ -116,7 +117,8 @@ public:
     for (;;) {
       const float x = static_cast<float>(hz) * wn[layer];
       if (layer == 0) return tail(rng, hz > 0);
-      if (fn[layer] + rng.uniform() * (fn[layer - 1] - fn[layer]) < portableExp(-0.5 * x * x)) return x;
+      if (fn[layer] + rng.uniform() * (fn[layer - 1] - fn[layer]) < portableExp(-0.5 * x * x))
+        return x;
       hz = static_cast<int32_t>(rng.next32());
       layer = hz & (kLayers - 1);
       if (magnitude(hz) < kn[layer]) return static_cast<float>(hz) * wn[layer];
@@ -147,7 +149,9 @@ private:
     }
   }
 
-  static uint32_t magnitude(int32_t v) { return v < 0 ? 0u - static_cast<uint32_t>(v) : static_cast<uint32_t>(v); }
+  static uint32_t magnitude(int32_t v) {
+    return v < 0 ? 0u - static_cast<uint32_t>(v) : static_cast<uint32_t>(v);
+  }
 
   static float tail(Xoshiro256& rng, bool positive) {
     double x, y;

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int kLanes = 8;       // independent accumulators, so the compiler can vectorise
+constexpr int kLanes = 8;  // independent accumulators, so the compiler can vectorise
 constexpr int kPairwiseLeaf = 256;
 
 int check(const void* src, const void* result, int n) {
@@ -55,7 +55,8 @@ int extreme(const float* src, int n, float* result, Pick pick) {
 
 int vecSum32f(const float* src, int n, float* sum, int hint) {
   if (int status = check(src, sum, n)) return status;
-  *sum = hint == VecHintAccurate ? static_cast<float>(laneSum<double>(src, n)) : pairwiseSum(src, n);
+  *sum =
+      hint == VecHintAccurate ? static_cast<float>(laneSum<double>(src, n)) : pairwiseSum(src, n);
   return VecOk;
 }
 

@@ -18,7 +18,8 @@ void tone32fc(Sample* dst, int n, float magnitude, float relFreq, float phase) {
   for (int i = 0; i < n; ++i) {
     const double cycles = static_cast<double>(relFreq) * i;
     const double a = static_cast<double>(phase) + twoPi * (cycles - std::floor(cycles));
-    dst[i] = Sample(static_cast<float>(magnitude * std::cos(a)), static_cast<float>(magnitude * std::sin(a)));
+    dst[i] = Sample(static_cast<float>(magnitude * std::cos(a)),
+                    static_cast<float>(magnitude * std::sin(a)));
   }
 }
 

@@ -46,7 +46,8 @@ void generate(float* d, int n, double magnitude, double f, double p0) {
 int vecTone32fc(Sample* dst, int n, float magnitude, float relFreq, float* phase, int hint) {
   if (n < 1) return VecErrSize;
   if (!dst || !phase) return VecErrNull;
-  if (!std::isfinite(relFreq) || !std::isfinite(*phase) || !std::isfinite(magnitude)) return VecErrRange;
+  if (!std::isfinite(relFreq) || !std::isfinite(*phase) || !std::isfinite(magnitude))
+    return VecErrRange;
   const double f = relFreq;
   const double p0 = fraction(*phase / kTwoPi);
   float* d = reinterpret_cast<float*>(dst);

@@ -12,7 +12,7 @@ const std::chrono::steady_clock::time_point kLoadTime = std::chrono::steady_cloc
 }  // namespace
 
 double nowSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - kLoadTime).count();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - kLoadTime).count();
 }
 
 }  // namespace krtsim

@@ -22,21 +22,21 @@ using Json = nlohmann::ordered_json;
 // "args": {"event": ..., ...} and no "ret".
 class EventLog {
 public:
-    explicit EventLog(const std::string& path);   // empty path: disabled
-    EventLog(const EventLog&) = delete;
-    EventLog& operator=(const EventLog&) = delete;
+  explicit EventLog(const std::string& path);  // empty path: disabled
+  EventLog(const EventLog&) = delete;
+  EventLog& operator=(const EventLog&) = delete;
 
-    // Cheap; build the arguments only when this is true.
-    bool enabled() const { return fd_ >= 0; }
+  // Cheap; build the arguments only when this is true.
+  bool enabled() const { return fd_ >= 0; }
 
-    void call(const char* fn, std::optional<int> handle, Json args, Json ret, Json out = Json());
-    void device(int handle, Json args);
+  void call(const char* fn, std::optional<int> handle, Json args, Json ret, Json out = Json());
+  void device(int handle, Json args);
 
 private:
-    void writeLine(Json& line);
+  void writeLine(Json& line);
 
-    int fd_ = -1;
-    std::mutex mutex_;
+  int fd_ = -1;
+  std::mutex mutex_;
 };
 
 }  // namespace krtsim

@@ -27,33 +27,33 @@ class SimRecorder;
 // meta file is brought up to date when the holding session closes, and at process exit.
 class SimLibrary {
 public:
-    static SimLibrary& instance();
+  static SimLibrary& instance();
 
-    const SimConfig& config() const { return config_; }
-    EventLog& events() { return events_; }
+  const SimConfig& config() const { return config_; }
+  EventLog& events() { return events_; }
 
-    int deviceList(int* serials, int* count);
-    int open(int* handle, int serialNumber);   // takes KRT40_SIM_OPEN_MS
-    int close(int handle);
-    std::shared_ptr<SimDevice> find(int handle);
-    int setPowerSavingCpuMode(int enabled);
+  int deviceList(int* serials, int* count);
+  int open(int* handle, int serialNumber);  // takes KRT40_SIM_OPEN_MS
+  int close(int handle);
+  std::shared_ptr<SimDevice> find(int handle);
+  int setPowerSavingCpuMode(int enabled);
 
 private:
-    SimLibrary();
-    std::shared_ptr<SimRecorder> claimRecorderLocked(int handle);
-    void syncRecorderAtExit();
+  SimLibrary();
+  std::shared_ptr<SimRecorder> claimRecorderLocked(int handle);
+  void syncRecorderAtExit();
 
-    const SimConfig& config_;
-    EventLog events_;
-    UnplugWatch unplug_;
-    std::atomic<bool> powerSaving_{false};
+  const SimConfig& config_;
+  EventLog events_;
+  UnplugWatch unplug_;
+  std::atomic<bool> powerSaving_{false};
 
-    std::mutex mutex_;
-    std::map<int, std::shared_ptr<SimDevice>> devices_;
-    int nextHandle_ = 0;
-    std::shared_ptr<SimRecorder> recorder_;
-    int recorderHolder_ = -1;
-    bool toldNotRecorded_ = false;
+  std::mutex mutex_;
+  std::map<int, std::shared_ptr<SimDevice>> devices_;
+  int nextHandle_ = 0;
+  std::shared_ptr<SimRecorder> recorder_;
+  int recorderHolder_ = -1;
+  bool toldNotRecorded_ = false;
 };
 
 }  // namespace krtsim

@@ -12,18 +12,18 @@ namespace krtsim {
 // the last look. Thread-safe.
 class UnplugWatch {
 public:
-    static constexpr double kCheckPeriodSeconds = 0.005;
+  static constexpr double kCheckPeriodSeconds = 0.005;
 
-    explicit UnplugWatch(std::string path) : path_(std::move(path)) {}
+  explicit UnplugWatch(std::string path) : path_(std::move(path)) {}
 
-    // Whether the file existed at the last look; now is nowSeconds(). fresh: look now (a new
-    // session must not inherit an answer from before the file was removed).
-    bool present(double now, bool fresh = false);
+  // Whether the file existed at the last look; now is nowSeconds(). fresh: look now (a new
+  // session must not inherit an answer from before the file was removed).
+  bool present(double now, bool fresh = false);
 
 private:
-    const std::string path_;
-    std::atomic<double> lastCheck_{-1.0};
-    std::atomic<bool> present_{false};
+  const std::string path_;
+  std::atomic<double> lastCheck_{-1.0};
+  std::atomic<bool> present_{false};
 };
 
 }  // namespace krtsim

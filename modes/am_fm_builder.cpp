@@ -18,9 +18,7 @@ bool modShapeValue(int shape, int64_t i, int64_t n, double& value) {
     case ModShapeSine:
       value = std::sin(static_cast<double>(i) * 2.0 * pi / static_cast<double>(n));
       return true;
-    case ModShapeSquare:
-      value = i < h ? 1.0 : -1.0;
-      return true;
+    case ModShapeSquare: value = i < h ? 1.0 : -1.0; return true;
     case ModShapeTriangle: {
       const int64_t t = i < h ? i : n - i;
       // Only an FM period of 2 samples has q = 0 (AM has at least 4): t / q would divide by
@@ -30,11 +28,8 @@ bool modShapeValue(int shape, int64_t i, int64_t n, double& value) {
       value = static_cast<double>(t) / static_cast<double>(q) - 1.0;
       return true;
     }
-    case ModShapeRamp:
-      value = static_cast<double>(i) / static_cast<double>(h) - 1.0;
-      return true;
-    default:
-      return false;
+    case ModShapeRamp: value = static_cast<double>(i) / static_cast<double>(h) - 1.0; return true;
+    default: return false;
   }
 }
 

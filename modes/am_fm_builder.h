@@ -8,9 +8,9 @@
 
 // What the AM generator reads from ModeViewAM.
 struct AmSettings {
-  double rateHz = 1000.0;       // modulation rate, 1 to 1e7 as the view clamps it
-  double depthPercent = 50.0;   // 0 to 100
-  int shape = ModShapeSine;     // ModShape; another value builds nothing
+  double rateHz = 1000.0;      // modulation rate, 1 to 1e7 as the view clamps it
+  double depthPercent = 50.0;  // 0 to 100
+  int shape = ModShapeSine;    // ModShape; another value builds nothing
 };
 
 // What the FM generator reads from ModeViewFM.

@@ -12,7 +12,11 @@
 // Each is stored as the integer item data of its combo box and in presets.
 enum ModShape { ModShapeSine = 0, ModShapeSquare = 1, ModShapeTriangle = 2, ModShapeRamp = 3 };
 enum TriggerType { TriggerContinuous = 0, TriggerSingle = 1 };
-enum MultiTonePhase { MultiTonePhaseFixed = 0, MultiTonePhaseRandom = 1, MultiTonePhaseParabolic = 2 };
+enum MultiTonePhase {
+  MultiTonePhaseFixed = 0,
+  MultiTonePhaseRandom = 1,
+  MultiTonePhaseParabolic = 2
+};
 enum StepSweepType { StepSweepFreq = 0, StepSweepFreqAmplitude = 1 };
 
 // Item texts of the combo boxes, in value order.

@@ -38,9 +38,11 @@ ModeViewAM::ModeViewAM(QWidget* parent)
 
   connect(rateEdit_, &FrequencyEdit::valueChanged, this, &ModeViewAM::setRate);
   connect(depthEdit_, &DoubleEdit::editUpdated, this, &ModeViewAM::setDepth);
-  connect(shapeCombo_, QOverload<int>::of(&QComboBox::activated), this, &ModeViewAM::setShapePrivate);
-  connect(shapeCombo_, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-          [this](int) { shapeValue.store(shapeCombo_->currentData().toInt(), std::memory_order_relaxed); });
+  connect(shapeCombo_, QOverload<int>::of(&QComboBox::activated), this,
+          &ModeViewAM::setShapePrivate);
+  connect(shapeCombo_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int) {
+    shapeValue.store(shapeCombo_->currentData().toInt(), std::memory_order_relaxed);
+  });
 }
 
 double ModeViewAM::rate() const { return rateEdit_->value(); }

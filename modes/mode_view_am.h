@@ -17,7 +17,7 @@ class MyComboBox;
 class ModeViewAM : public ModeWidget {
   Q_OBJECT
 
- public:
+public:
   static constexpr double minRate = 1.0;     // Hz
   static constexpr double maxRate = 1e7;     // Hz
   static constexpr double minDepth = 0.0;    // %
@@ -41,7 +41,7 @@ class ModeViewAM : public ModeWidget {
   void saveSettings(QSettings* settings) override;
   void loadSettings(QSettings* settings) override;
 
- public slots:
+public slots:
   void setRate(double rateHz);
   void setDepth(double depthPercent);
   // Selects the item of `shape` (none: no change) and emits updated().
@@ -49,7 +49,7 @@ class ModeViewAM : public ModeWidget {
   // The user picked an item: only emits updated().
   void setShapePrivate(int index);
 
- private:
+private:
   void selectShape(int value);
 
   FrequencyEdit* rateEdit_;

@@ -37,9 +37,11 @@ ModeViewFM::ModeViewFM(QWidget* parent)
 
   connect(rateEdit_, &FrequencyEdit::valueChanged, this, &ModeViewFM::setRate);
   connect(deviationEdit_, &FrequencyEdit::valueChanged, this, &ModeViewFM::setDeviation);
-  connect(shapeCombo_, QOverload<int>::of(&QComboBox::activated), this, &ModeViewFM::setShapePrivate);
-  connect(shapeCombo_, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-          [this](int) { shapeValue.store(shapeCombo_->currentData().toInt(), std::memory_order_relaxed); });
+  connect(shapeCombo_, QOverload<int>::of(&QComboBox::activated), this,
+          &ModeViewFM::setShapePrivate);
+  connect(shapeCombo_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int) {
+    shapeValue.store(shapeCombo_->currentData().toInt(), std::memory_order_relaxed);
+  });
   setDefaults();
 }
 

@@ -16,7 +16,7 @@ class MyComboBox;
 class ModeViewFM : public ModeWidget {
   Q_OBJECT
 
- public:
+public:
   static constexpr double minFrequency = 1.0;  // Hz, rate and deviation
   static constexpr double maxFrequency = 1e7;  // Hz, rate and deviation
   static constexpr double couplingFactor = 1000.0;
@@ -40,13 +40,13 @@ class ModeViewFM : public ModeWidget {
   void saveSettings(QSettings* settings) override;
   void loadSettings(QSettings* settings) override;
 
- public slots:
+public slots:
   void setRate(double rateHz);
   void setDeviation(double deviationHz);
   void setShape(ModShape shape);
   void setShapePrivate(int index);
 
- private:
+private:
   void selectShape(int value);
 
   FrequencyEdit* rateEdit_;

@@ -38,7 +38,7 @@ public:
   static constexpr int maxToneCount = 4001;
   static constexpr double minSpacingHz = 0.001;
   static constexpr double maxSpacingHz = 2e7;
-  static constexpr double maxSpanHz = 4e7;        // tone count x spacing, and the widest notch
+  static constexpr double maxSpanHz = 4e7;  // tone count x spacing, and the widest notch
 
 public slots:
   void setPhase(MultiTonePhase newPhase);

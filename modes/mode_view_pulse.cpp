@@ -19,7 +19,8 @@ ModeViewPulse::ModeViewPulse(QWidget* parent)
       widthEdit(new TimeEdit(this)),
       periodEdit(new TimeEdit(this)),
       dutyLabel(new QLabel(this)) {
-  for (int type : {TriggerContinuous, TriggerSingle}) triggerCombo->addItem(triggerTypeTexts[type], type);
+  for (int type : {TriggerContinuous, TriggerSingle})
+    triggerCombo->addItem(triggerTypeTexts[type], type);
 
   formLayout->addRow("Enabled", enabledCheck());
   formLayout->addRow("Trigger Mode", triggerCombo);
@@ -53,7 +54,8 @@ void ModeViewPulse::saveSettings(QSettings* settings) {
 // lowers a width above it.
 void ModeViewPulse::loadSettings(QSettings* settings) {
   settings->beginGroup("Pulse");
-  setTriggerType(static_cast<TriggerType>(settings->value("Trigger", static_cast<int>(triggerType())).toInt()));
+  setTriggerType(static_cast<TriggerType>(
+      settings->value("Trigger", static_cast<int>(triggerType())).toInt()));
   setPulseWidth(settings->value("Width", pulseWidth()).toDouble());
   setPulsePeriod(settings->value("Period", pulsePeriod()).toDouble());
   settings->endGroup();

@@ -27,7 +27,9 @@ public:
 
   // Safe on the streaming thread; read once at the start of a run.
   PulseSettings settings() const;
-  TriggerType triggerType() const { return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed)); }
+  TriggerType triggerType() const {
+    return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed));
+  }
   double pulseWidth() const;
   double pulsePeriod() const;
   QString dutyCycleText() const;

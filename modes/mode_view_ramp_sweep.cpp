@@ -18,7 +18,8 @@ ModeViewRampSweep::ModeViewRampSweep(QWidget* parent)
       spanEdit(new FrequencyEdit(2e7, this)),
       sweepTimeEdit(new TimeEdit(this)),
       periodEdit(new TimeEdit(this)) {
-  for (int value : {TriggerContinuous, TriggerSingle}) triggerCombo->addItem(triggerTypeTexts[value], value);
+  for (int value : {TriggerContinuous, TriggerSingle})
+    triggerCombo->addItem(triggerTypeTexts[value], value);
 
   formLayout->addRow("Enabled", enabledCheck());
   formLayout->addRow("Trigger Mode", triggerCombo);
@@ -30,7 +31,8 @@ ModeViewRampSweep::ModeViewRampSweep(QWidget* parent)
   connect(triggerCombo, qOverload<int>(&QComboBox::currentIndexChanged), this, [this](int index) {
     trigger.store(triggerCombo->itemData(index).toInt(), std::memory_order_relaxed);
   });
-  connect(triggerCombo, qOverload<int>(&QComboBox::currentIndexChanged), this, &ModeWidget::updated);
+  connect(triggerCombo, qOverload<int>(&QComboBox::currentIndexChanged), this,
+          &ModeWidget::updated);
   connect(spanEdit, &FrequencyEdit::valueChanged, this, &ModeViewRampSweep::setSpan);
   connect(sweepTimeEdit, &TimeEdit::valueChanged, this, &ModeViewRampSweep::setSweepTime);
   connect(periodEdit, &TimeEdit::valueChanged, this, &ModeViewRampSweep::setSweepPeriod);
@@ -54,7 +56,8 @@ void ModeViewRampSweep::saveSettings(QSettings* settings) {
 
 void ModeViewRampSweep::loadSettings(QSettings* settings) {
   settings->beginGroup("RampSweep");
-  setTriggerType(static_cast<TriggerType>(settings->value("TriggerMode", static_cast<int>(triggerType())).toInt()));
+  setTriggerType(static_cast<TriggerType>(
+      settings->value("TriggerMode", static_cast<int>(triggerType())).toInt()));
   setSpan(settings->value("Span", span()).toDouble());
   setSweepTime(settings->value("SweepTime", sweepTime()).toDouble());
   setSweepPeriod(settings->value("Period", sweepPeriod()).toDouble());

@@ -28,7 +28,9 @@ public:
 
   // Safe on the streaming thread; read once at the start of a run.
   RampSweepSettings settings() const;
-  TriggerType triggerType() const { return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed)); }
+  TriggerType triggerType() const {
+    return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed));
+  }
   double span() const;
   double sweepTime() const;
   double sweepPeriod() const;

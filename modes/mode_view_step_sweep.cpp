@@ -37,7 +37,8 @@ ModeViewStepSweep::ModeViewStepSweep(QWidget* parent)
       startAmplEdit(new DoubleEdit(this)),
       stopAmplEdit(new DoubleEdit(this)),
       dwellEdit(new TimeEdit(this)) {
-  for (int value : {TriggerContinuous, TriggerSingle}) triggerCombo->addItem(triggerTypeTexts[value], value);
+  for (int value : {TriggerContinuous, TriggerSingle})
+    triggerCombo->addItem(triggerTypeTexts[value], value);
   for (int value : {StepSweepFreq, StepSweepFreqAmplitude})
     sweepTypeCombo->addItem(stepSweepTypeTexts[value], value);
   pointsEdit->setRange(minPoints, maxPoints);
@@ -91,8 +92,10 @@ void ModeViewStepSweep::saveSettings(QSettings* settings) {
 
 void ModeViewStepSweep::loadSettings(QSettings* settings) {
   settings->beginGroup("StepSweep");
-  setTriggerType(static_cast<TriggerType>(settings->value("TriggerMode", static_cast<int>(triggerType())).toInt()));
-  setSweepType(static_cast<StepSweepType>(settings->value("SweepType", static_cast<int>(sweepType())).toInt()));
+  setTriggerType(static_cast<TriggerType>(
+      settings->value("TriggerMode", static_cast<int>(triggerType())).toInt()));
+  setSweepType(static_cast<StepSweepType>(
+      settings->value("SweepType", static_cast<int>(sweepType())).toInt()));
   setStartFreq(settings->value("StartFreq", startFreq()).toDouble());
   setStopFreq(settings->value("StopFreq", stopFreq()).toDouble());
   setPoints(settings->value("Points", points()).toInt());

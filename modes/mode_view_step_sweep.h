@@ -32,8 +32,12 @@ public:
 
   // Safe on the streaming thread; read once at the start of a run.
   StepSweepSettings settings() const;
-  TriggerType triggerType() const { return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed)); }
-  StepSweepType sweepType() const { return static_cast<StepSweepType>(type.load(std::memory_order_relaxed)); }
+  TriggerType triggerType() const {
+    return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed));
+  }
+  StepSweepType sweepType() const {
+    return static_cast<StepSweepType>(type.load(std::memory_order_relaxed));
+  }
   double startFreq() const;
   double stopFreq() const;
   int points() const;

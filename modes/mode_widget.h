@@ -12,12 +12,11 @@ class QSettings;
 class ModeWidget : public QWidget {
   Q_OBJECT
 
- public:
+public:
   // With addSpacer the form sits on the left of a horizontal layout, pushed there by an
   // expanding spacer. Without it the form is left unparented: the view installs it in a
   // layout of its own.
-  ModeWidget(const QString& name, int modeIndex, QWidget* parent = nullptr,
-             bool addSpacer = true);
+  ModeWidget(const QString& name, int modeIndex, QWidget* parent = nullptr, bool addSpacer = true);
   ~ModeWidget() override;
 
   int modeIndex() const { return modeIndex_; }
@@ -33,13 +32,13 @@ class ModeWidget : public QWidget {
   // Reads each key with the control's value as default, clamps, sets and emits updated().
   virtual void loadSettings(QSettings* settings) = 0;
 
- signals:
+signals:
   void updated();
 
- protected:
+protected:
   MyFormLayout* formLayout;
 
- private:
+private:
   int modeIndex_;
   QString modeName_;
   QCheckBox* enabledCheck_;

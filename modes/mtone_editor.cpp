@@ -29,9 +29,9 @@ MtoneEditor::MtoneEditor(QWidget* parent) : QDialog(parent), table(new QTableWid
 
   auto* buttons = new QHBoxLayout();
   const std::pair<const char*, void (MtoneEditor::*)()> actions[] = {
-      {"Add Row", &MtoneEditor::addRow},     {"Remove Row", &MtoneEditor::removeRow},
-      {"Clear", &MtoneEditor::clearTable},   {"Load", &MtoneEditor::loadTable},
-      {"Save", &MtoneEditor::saveTable},     {"OK", &MtoneEditor::finalValidate}};
+      {"Add Row", &MtoneEditor::addRow},   {"Remove Row", &MtoneEditor::removeRow},
+      {"Clear", &MtoneEditor::clearTable}, {"Load", &MtoneEditor::loadTable},
+      {"Save", &MtoneEditor::saveTable},   {"OK", &MtoneEditor::finalValidate}};
   for (const auto& [text, slot] : actions) {
     auto* button = new QPushButton(text, this);
     button->setAutoDefault(false);

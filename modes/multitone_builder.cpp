@@ -22,8 +22,10 @@ constexpr int64_t kPeriodsPerBuffer = 512;  // L / (2 j)
 class ProgressBracket {
 public:
   ProgressBracket(const MultitoneProgress& progress, int toneCount)
-      : progress(progress), active(toneCount > multitoneProgressThreshold),
-        step(std::max(toneCount / 20, 1)), toneCount(toneCount) {
+      : progress(progress),
+        active(toneCount > multitoneProgressThreshold),
+        step(std::max(toneCount / 20, 1)),
+        toneCount(toneCount) {
     if (active && progress.show) progress.show();
   }
   ~ProgressBracket() { hide(); }
@@ -212,12 +214,14 @@ MultitoneGrid multitoneGrid(int toneCount, double spacingHz) {
   return grid;
 }
 
-std::vector<float> multitoneFrequencies(const MultitoneGrid& grid, int toneCount, double spacingHz) {
+std::vector<float> multitoneFrequencies(const MultitoneGrid& grid, int toneCount,
+                                        double spacingHz) {
   std::vector<float> frequencies(static_cast<size_t>(std::max(toneCount, 0)));
   const int h = toneCount / 2;
   const double d = spacingHz, s = grid.sampleRate;
   for (int i = 0; i < toneCount; ++i) {
-    const double f = toneCount % 2 == 1 ? (double(i - h) * d) / s : (double(i - h) * d + d * 0.5) / s;
+    const double f =
+        toneCount % 2 == 1 ? (double(i - h) * d) / s : (double(i - h) * d + d * 0.5) / s;
     frequencies[i] = static_cast<float>(f);
   }
   return frequencies;
@@ -248,7 +252,8 @@ Waveform buildMultitone(const MultitoneSettings& settings, const MultitoneProgre
   }
 }
 
-Waveform buildMultitoneDirect(const MultitoneSettings& settings, const MultitoneProgress& progress) {
+Waveform buildMultitoneDirect(const MultitoneSettings& settings,
+                              const MultitoneProgress& progress) {
   try {
     return buildByTones(settings, progress);
   } catch (const std::bad_alloc&) {

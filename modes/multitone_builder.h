@@ -31,10 +31,10 @@ struct MultitoneGrid {
 // Hooks of a long build, all optional. The generator forwards the first three to the progress
 // dialog and polls the run flag through keepGoing.
 struct MultitoneProgress {
-  std::function<void()> show;             // before the tones, when N > 200
-  std::function<void(int)> percent;       // 0 to 99, every N / 20 tones, when N > 200
-  std::function<void()> hide;             // after the tones, whenever show was called
-  std::function<bool()> keepGoing;        // false abandons the build: empty result
+  std::function<void()> show;        // before the tones, when N > 200
+  std::function<void(int)> percent;  // 0 to 99, every N / 20 tones, when N > 200
+  std::function<void()> hide;        // after the tones, whenever show was called
+  std::function<bool()> keepGoing;   // false abandons the build: empty result
 };
 
 // Buffers above this many samples (512 MB) build nothing: only an unclamped preset gets there,

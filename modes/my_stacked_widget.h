@@ -12,7 +12,7 @@ class ModeWidget;
 class MyStackedWidget : public QStackedWidget {
   Q_OBJECT
 
- public:
+public:
   // (mode index, view), in the order of the pages.
   using Entry = std::pair<int, ModeWidget*>;
 
@@ -24,10 +24,10 @@ class MyStackedWidget : public QStackedWidget {
   ModeWidget* findMode(int modeIndex) const;
   const std::vector<Entry>& entries() const { return modeEntries; }
 
- public slots:
+public slots:
   // Shows the page of a mode index; an unknown index leaves the page as it is.
   void showMode(int modeIndex);
 
- private:
+private:
   std::vector<Entry> modeEntries;
 };

@@ -93,7 +93,8 @@ LongWaveform buildRampSweep(const RampSweepSettings& settings, const std::atomic
   const double stepCycles = b / static_cast<double>(sweepSamples);
 
   wave.samples = SampleBuffer(periodSamples);  // zero: the tail after the sweep needs no writes
-  if (!writeChirp(wave.samples.data(), sweepSamples, startCycles, stepCycles, running)) return LongWaveform();
+  if (!writeChirp(wave.samples.data(), sweepSamples, startCycles, stepCycles, running))
+    return LongWaveform();
   // With the period equal to the sweep time the chirp restarts from its last sample: the jump
   // in frequency at the wrap is accepted and no edge is shaped.
   if (sweepSamples < periodSamples) shapeEdges(wave.samples.data(), sweepSamples);

@@ -8,9 +8,9 @@
 #include <cstdint>
 
 struct RampSweepSettings {
-  double spanHz = 2e7;               // 1 to 4e7
-  double sweepTimeSeconds = 0.001;   // 1e-6 to 1.0
-  double periodSeconds = 0.001;      // sweep time to 1.0
+  double spanHz = 2e7;              // 1 to 4e7
+  double sweepTimeSeconds = 0.001;  // 1e-6 to 1.0
+  double periodSeconds = 0.001;     // sweep time to 1.0
   TriggerType trigger = TriggerContinuous;
 };
 

@@ -144,9 +144,8 @@ double frequencyFactor(const QString& unit) {
   static const struct {
     const char* word;
     double factor;
-  } units[] = {{"h", 1.0},    {"hz", 1.0},   {"k", 1e3},    {"kh", 1e3},   {"khz", 1e3},
-               {"m", 1e6},    {"mh", 1e6},   {"mhz", 1e6},  {"g", 1e9},    {"gh", 1e9},
-               {"ghz", 1e9}};
+  } units[] = {{"h", 1.0},  {"hz", 1.0},  {"k", 1e3}, {"kh", 1e3}, {"khz", 1e3}, {"m", 1e6},
+               {"mh", 1e6}, {"mhz", 1e6}, {"g", 1e9}, {"gh", 1e9}, {"ghz", 1e9}};
   for (const auto& candidate : units)
     if (unit == QLatin1String(candidate.word)) return candidate.factor;
   return 0.0;

@@ -72,14 +72,14 @@ public:
 
   // Readers of the first unconsumed parameter: false when none is left or it doesn't convert;
   // only a successful read consumes it.
-  bool nextBlock(QByteArray& block);   // "#", digit n, n count digits, then the bytes
-  bool nextBool(bool& value);          // "on", "off", "1", "0"
-  bool nextDouble(double& value);      // plain number; writes the value even when failing
-  bool nextString(QString& value);     // in double quotes, not unescaped
-  bool nextFrequency(double& hertz);   // number with "hz", "k", "m" (mega) or "g" units
-  bool nextInt(int& value);            // base 10; writes the value even when failing
+  bool nextBlock(QByteArray& block);             // "#", digit n, n count digits, then the bytes
+  bool nextBool(bool& value);                    // "on", "off", "1", "0"
+  bool nextDouble(double& value);                // plain number; writes the value even when failing
+  bool nextString(QString& value);               // in double quotes, not unescaped
+  bool nextFrequency(double& hertz);             // number with "hz", "k", "m" (mega) or "g" units
+  bool nextInt(int& value);                      // base 10; writes the value even when failing
   bool nextWord(QString& word, bool lowerCase);  // as it stands; fails only when none is left
-  bool nextTime(double& seconds);      // number with "s", "ms", "us" units, microseconds bare
+  bool nextTime(double& seconds);  // number with "s", "ms", "us" units, microseconds bare
 
   // Look at the first parameter without consuming it.
   bool isUp() const;
@@ -92,7 +92,7 @@ private:
   void runBufferedLine();
   void runSegment(const QString& segment, QStringList& path);
   const ScpiCommandEntry* findRow(const QStringList& path, const QString& header,
-                                 QList<int>& suffixes) const;
+                                  QList<int>& suffixes) const;
   void consumeParameter() { parameters.removeFirst(); }
   QString firstParameterKey() const;  // trimmed and lower-cased; empty when none is left
 

@@ -160,7 +160,7 @@ const ScpiCommandSpec scpiCommandTable[scpiCommandCount] = {
     {":&SOURce:RADio:CUSTom:FILTer?", 137},
     {":&SOURce:RADio:CUSTom:FILTer:ALPHa", 138},
     {":&SOURce:RADio:CUSTom:FILTer:ALPHa?", 139},
-    {":&SOURce:RADio:CUSTom:FILTer:LENgth", 140},  // short form "len"
+    {":&SOURce:RADio:CUSTom:FILTer:LENgth", 140},   // short form "len"
     {":&SOURce:RADio:CUSTom:FILTer:LENGth?", 141},  // short form "leng", unlike its set command
     {":&SOURce:RADio:CUSTom:DATA", 142},
     {":&SOURce:RADio:CUSTom:DATA?", 143},

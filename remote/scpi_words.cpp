@@ -11,16 +11,27 @@ namespace scpiWords {
 
 // Value 12 is written "qam1024" but read only as "qam1025", and 13 has no word: clients
 // that echo the reply get the failure, as the instrument always answered.
-const ScpiWordTable modulationType{
-    "Expected digital mod type",
-    "Unknown digital mod type",
-    {{0, {"bpsk"}, "bpsk"},       {1, {"dbpsk"}, "dbpsk"},     {2, {"qpsk"}, "qpsk"},
-     {3, {"dqpsk"}, "dqpsk"},     {4, {"oqpsk"}, "oqpsk"},     {5, {"p4dqpsk"}, "p4dqpsk"},
-     {6, {"psk8"}, "psk8"},       {7, {"d8psk"}, "d8psk"},     {8, {"psk16"}, "psk16"},
-     {9, {"qam16"}, "qam16"},     {10, {"qam64"}, "qam64"},    {11, {"qam256"}, "qam256"},
-     {12, {"qam1025"}, "qam1024"}, {14, {"ask"}, "ask"},        {15, {"fsk2"}, "fsk2"},
-     {16, {"fsk4"}, "fsk4"},      {17, {"fsk8"}, "fsk8"},      {18, {"fsk16"}, "fsk16"},
-     {19, {"cust", "custom"}, "custom"}}};
+const ScpiWordTable modulationType{"Expected digital mod type",
+                                   "Unknown digital mod type",
+                                   {{0, {"bpsk"}, "bpsk"},
+                                    {1, {"dbpsk"}, "dbpsk"},
+                                    {2, {"qpsk"}, "qpsk"},
+                                    {3, {"dqpsk"}, "dqpsk"},
+                                    {4, {"oqpsk"}, "oqpsk"},
+                                    {5, {"p4dqpsk"}, "p4dqpsk"},
+                                    {6, {"psk8"}, "psk8"},
+                                    {7, {"d8psk"}, "d8psk"},
+                                    {8, {"psk16"}, "psk16"},
+                                    {9, {"qam16"}, "qam16"},
+                                    {10, {"qam64"}, "qam64"},
+                                    {11, {"qam256"}, "qam256"},
+                                    {12, {"qam1025"}, "qam1024"},
+                                    {14, {"ask"}, "ask"},
+                                    {15, {"fsk2"}, "fsk2"},
+                                    {16, {"fsk4"}, "fsk4"},
+                                    {17, {"fsk8"}, "fsk8"},
+                                    {18, {"fsk16"}, "fsk16"},
+                                    {19, {"cust", "custom"}, "custom"}}};
 
 const ScpiWordTable filterType{"Expected filter type",
                                "Unknown filter type",
@@ -51,20 +62,20 @@ const ScpiWordTable pnSequence{"Expected PN sequence",
                                 {21, {"pn21"}, "pn21"},
                                 {-1, {"cust", "custom"}, "custom"}}};
 
-const ScpiWordTable referenceSource{"Expected reference oscillator source",
-                                    "Unknown reference oscillator",
-                                    {{0, {"int", "internal"}, "internal"},
-                                     {1, {"ext", "external"}, "external"}}};
+const ScpiWordTable referenceSource{
+    "Expected reference oscillator source",
+    "Unknown reference oscillator",
+    {{0, {"int", "internal"}, "internal"}, {1, {"ext", "external"}, "external"}}};
 
 // "sweep sweep" is the instrument's own wording.
 const ScpiWordTable stepSweepType{"Expected step sweep type",
                                   "Unknown sweep sweep type",
                                   {{0, {"freq"}, "freq"}, {1, {"freqampl"}, "freqampl"}}};
 
-const ScpiWordTable triggerType{"Expected trigger type",
-                                "Unknown trigger type",
-                                {{0, {"cont", "continuous"}, "continuous"},
-                                 {1, {"sing", "single"}, "single"}}};
+const ScpiWordTable triggerType{
+    "Expected trigger type",
+    "Unknown trigger type",
+    {{0, {"cont", "continuous"}, "continuous"}, {1, {"sing", "single"}, "single"}}};
 
 }  // namespace scpiWords
 

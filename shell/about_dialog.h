@@ -11,7 +11,7 @@ class VersionChecker;
 class AboutDialog : public QDialog {
   Q_OBJECT
 
- public:
+public:
   // May wait for the version check to end: see VersionChecker::isNewVersionAvailable.
   explicit AboutDialog(VersionChecker& checker, QWidget* parent = nullptr);
 
@@ -21,7 +21,7 @@ class AboutDialog : public QDialog {
   // The link to the download page; null unless the software is out of date.
   QLabel* downloadLabel() const { return download; }
 
- private:
+private:
   void addStatus(VersionChecker& checker, QVBoxLayout* layout);
 
   QLabel* softwareVersionText = nullptr;

@@ -25,7 +25,8 @@ QString saveFileName(const QString& caption, const QString& filter, QWidget* par
 }
 
 QStringList openFileNames(const QString& caption, const QString& filter, QWidget* parent) {
-  QStringList names = QFileDialog::getOpenFileNames(parent, caption, defaultDataDirectory(), filter);
+  QStringList names =
+      QFileDialog::getOpenFileNames(parent, caption, defaultDataDirectory(), filter);
   if (!names.isEmpty()) remembered(names.first());
   return names;
 }

@@ -12,7 +12,7 @@ class QPushButton;
 class PreferencesEditor : public QDialog {
   Q_OBJECT
 
- public:
+public:
   explicit PreferencesEditor(QWidget* parent = nullptr);
 
   QCheckBox* scpiEnabledBox() const { return scpiEnabled; }
@@ -20,12 +20,12 @@ class PreferencesEditor : public QDialog {
   QCheckBox* powerSavingCpuModeBox() const { return powerSavingCpuMode; }
   QPushButton* acceptButton() const { return accept_; }
 
- public slots:
+public slots:
   // Stores the controls in the preferences, hands the power-saving mode to the library at
   // once and closes the dialog.
   void userAccepted();
 
- private:
+private:
   QCheckBox* scpiEnabled = nullptr;
   IntLineEdit* scpiPort = nullptr;
   QCheckBox* powerSavingCpuMode = nullptr;

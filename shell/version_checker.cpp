@@ -124,9 +124,8 @@ void VersionChecker::start() {
   if (started) return;
   started = true;
   const QByteArray fromEnvironment = qgetenv("KRT40_VERSION_URL");
-  const QString url =
-      fromEnvironment.isEmpty() ? QStringLiteral(KRT40_VERSION_URL)
-                                : QString::fromLocal8Bit(fromEnvironment);
+  const QString url = fromEnvironment.isEmpty() ? QStringLiteral(KRT40_VERSION_URL)
+                                                : QString::fromLocal8Bit(fromEnvironment);
   thread = std::thread([this, url] { run(url); });
 }
 

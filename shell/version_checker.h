@@ -27,12 +27,13 @@ bool parseVersionText(const QString& text, VersionNumber& version);
 // True if `published` is newer than `reference` (the running version unless given).
 // Deliberately not a lexicographic comparison: a higher patch only counts when minor and
 // major are not lower.
-bool isNewerVersion(const VersionNumber& published, const VersionNumber& reference = kSoftwareVersion);
+bool isNewerVersion(const VersionNumber& published,
+                    const VersionNumber& reference = kSoftwareVersion);
 
 class VersionChecker : public QObject {
   Q_OBJECT
 
- public:
+public:
   explicit VersionChecker(QObject* parent = nullptr);
   ~VersionChecker() override;
 
@@ -44,11 +45,11 @@ class VersionChecker : public QObject {
   // Does not wait: false while the fetch runs.
   bool connectionFailed() const { return connectionFailed_.load(std::memory_order_relaxed); }
 
- signals:
+signals:
   // Emitted from the worker thread.
   void broadcastNewVersionAvailable();
 
- private:
+private:
   void run(const QString& url);
 
   // Atomic only to keep the unlocked read of connectionFailed() free of a data race.

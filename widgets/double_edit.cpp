@@ -6,8 +6,7 @@
 #include <QKeyEvent>
 #include <QLocale>
 
-DoubleEdit::DoubleEdit(double minimum, double maximum, int decimals, double value,
-                       QWidget* parent)
+DoubleEdit::DoubleEdit(double minimum, double maximum, int decimals, double value, QWidget* parent)
     : QLineEdit(parent) {
   setAlignment(Qt::AlignRight);
   setRange(minimum, maximum, decimals);

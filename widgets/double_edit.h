@@ -11,10 +11,9 @@ class QDoubleValidator;
 class DoubleEdit : public QLineEdit {
   Q_OBJECT
 
- public:
+public:
   // A validator of [minimum, maximum] with `decimals`, in standard notation.
-  DoubleEdit(double minimum, double maximum, int decimals, double value,
-             QWidget* parent = nullptr);
+  DoubleEdit(double minimum, double maximum, int decimals, double value, QWidget* parent = nullptr);
   // A validator without limits, value 0.
   explicit DoubleEdit(QWidget* parent = nullptr);
 
@@ -30,17 +29,17 @@ class DoubleEdit : public QLineEdit {
   void setStep(double newStep) { step_ = newStep; }
   void setArrowKeys(bool enabled) { arrowKeys_ = enabled; }
 
- signals:
+signals:
   void editUpdated(double);
 
- protected:
+protected:
   void keyPressEvent(QKeyEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
 
- private slots:
+private slots:
   void editChanged();
 
- private:
+private:
   void installValidator(QDoubleValidator* validator);
 
   std::atomic<double> value_{0.0};

@@ -8,8 +8,8 @@
 #include <QKeyEvent>
 
 FrequencyEdit::FrequencyEdit(double value, QWidget* parent) : QLineEdit(parent) {
-  setMinimumWidth(fontMetrics().horizontalAdvance(
-      QStringLiteral("          999.999999 MHz          ")));
+  setMinimumWidth(
+      fontMetrics().horizontalAdvance(QStringLiteral("          999.999999 MHz          ")));
   setValue(value);
   connect(this, &QLineEdit::editingFinished, this, &FrequencyEdit::entryChanged);
 }

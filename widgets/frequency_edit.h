@@ -9,7 +9,7 @@
 class FrequencyEdit : public QLineEdit {
   Q_OBJECT
 
- public:
+public:
   explicit FrequencyEdit(double value = 0.0, QWidget* parent = nullptr);
 
   // Hz; safe to call from the streaming thread.
@@ -22,17 +22,17 @@ class FrequencyEdit : public QLineEdit {
   void setArrowKeys(bool enabled) { arrowKeys_ = enabled; }
   void setStep(double newStep) { step_ = newStep; }
 
- signals:
+signals:
   void valueChanged(double newFreq);
 
- protected:
+protected:
   void keyPressEvent(QKeyEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
 
- private slots:
+private slots:
   void entryChanged();
 
- private:
+private:
   std::atomic<double> value_{0.0};
   bool arrowKeys_ = false;
   double step_ = 0.0;

@@ -7,7 +7,7 @@
 class HexEditor : public QLineEdit {
   Q_OBJECT
 
- public:
+public:
   HexEditor(const QString& text, int maxLength, QWidget* parent = nullptr);
 
   // The value of the last 8 hex digits of the text; a non-hex character counts as 0.

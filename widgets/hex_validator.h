@@ -7,7 +7,7 @@
 class HexValidator : public QValidator {
   Q_OBJECT
 
- public:
+public:
   explicit HexValidator(int maxLength, QObject* parent = nullptr);
 
   int maxLength() const { return maxLength_; }
@@ -16,6 +16,6 @@ class HexValidator : public QValidator {
   // There is no Intermediate state.
   State validate(QString& input, int& pos) const override;
 
- private:
+private:
   int maxLength_;
 };

@@ -10,7 +10,7 @@
 class IntLineEdit : public QLineEdit {
   Q_OBJECT
 
- public:
+public:
   explicit IntLineEdit(QWidget* parent = nullptr);
 
   // Safe to call from the streaming thread.
@@ -25,17 +25,17 @@ class IntLineEdit : public QLineEdit {
   void setRange(int newMinimum, int newMaximum);
   void setStep(bool enableArrowKeys, int newStep);
 
- signals:
+signals:
   void valueChanged(int);
 
- protected:
+protected:
   void keyPressEvent(QKeyEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
 
- private slots:
+private slots:
   void editChanged();
 
- private:
+private:
   std::atomic<int> value_{0};
   int step_ = 1;
   bool arrowKeys_ = false;

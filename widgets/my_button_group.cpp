@@ -6,8 +6,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-MyButtonGroup::MyButtonGroup(const QString& firstText, const QString& secondText,
-                             QWidget* parent)
+MyButtonGroup::MyButtonGroup(const QString& firstText, const QString& secondText, QWidget* parent)
     : QWidget(parent), group_(new QButtonGroup(this)) {
   group_->setExclusive(true);
   firstButton_ = makeButton(firstText, 0);

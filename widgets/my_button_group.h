@@ -12,7 +12,7 @@ class QPushButton;
 class MyButtonGroup : public QWidget {
   Q_OBJECT
 
- public:
+public:
   // The first button has id 0, the second id 1; the second starts checked.
   MyButtonGroup(const QString& firstText, const QString& secondText, QWidget* parent = nullptr);
 
@@ -26,14 +26,14 @@ class MyButtonGroup : public QWidget {
   QPushButton* firstButton() const { return firstButton_; }
   QPushButton* secondButton() const { return secondButton_; }
 
- signals:
+signals:
   void stateChanged();
 
- public slots:
+public slots:
   // Emits only when the id differs from the state: a click on the checked button is silent.
   void buttonClicked(int id);
 
- private:
+private:
   QPushButton* makeButton(const QString& text, int id);
 
   std::atomic<int> state_{1};

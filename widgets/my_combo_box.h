@@ -7,6 +7,6 @@
 class MyComboBox : public QComboBox {
   Q_OBJECT
 
- public:
+public:
   explicit MyComboBox(QWidget* parent = nullptr);
 };

@@ -7,7 +7,7 @@
 class MyFormLayout : public QFormLayout {
   Q_OBJECT
 
- public:
+public:
   explicit MyFormLayout(QWidget* parent = nullptr);
 
   // Intended width of the field column; nothing reads it.

@@ -7,7 +7,7 @@
 class MyListWidget : public QListWidget {
   Q_OBJECT
 
- public:
+public:
   // Rows carry their mode index as data under this role; the header row carries none.
   static constexpr int ModeIndexRole = Qt::UserRole;
 
@@ -18,11 +18,11 @@ class MyListWidget : public QListWidget {
   // The row carrying `modeIndex`, or null.
   QListWidgetItem* findModeRow(int modeIndex) const;
 
- public slots:
+public slots:
   // Clears the old row's colour, then colours the row of `index` if there is one. An index
   // without a row leaves activeRowMode as it was.
   void setActiveModeColored(int index);
 
- private:
+private:
   int activeRowMode_ = -1;
 };

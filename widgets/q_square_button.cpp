@@ -24,6 +24,4 @@ QSquareButton::QSquareButton(const QIcon& icon, QWidget* parent) : QSquareButton
 // The larger side wins so that the icon and the frame always fit.
 QSize QSquareButton::sizeHint() const { return squareOf(QPushButton::sizeHint()); }
 
-QSize QSquareButton::minimumSizeHint() const {
-  return squareOf(QPushButton::minimumSizeHint());
-}
+QSize QSquareButton::minimumSizeHint() const { return squareOf(QPushButton::minimumSizeHint()); }

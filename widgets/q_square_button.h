@@ -7,7 +7,7 @@
 class QSquareButton : public QPushButton {
   Q_OBJECT
 
- public:
+public:
   explicit QSquareButton(QWidget* parent = nullptr);
   explicit QSquareButton(const QIcon& icon, QWidget* parent = nullptr);
 

@@ -10,7 +10,7 @@
 class TimeEdit : public QLineEdit {
   Q_OBJECT
 
- public:
+public:
   explicit TimeEdit(QWidget* parent = nullptr);
 
   // Seconds; safe to call from the streaming thread.
@@ -22,16 +22,16 @@ class TimeEdit : public QLineEdit {
   void setValue(double newValue);
   void setRange(double newMinimum, double newMaximum);
 
- signals:
+signals:
   void valueChanged(double newTime);
 
- protected:
+protected:
   void mouseReleaseEvent(QMouseEvent* event) override;
 
- private slots:
+private slots:
   void entryChanged();
 
- private:
+private:
   double limited(double seconds) const;
 
   std::atomic<double> value_{0.001};

@@ -14,8 +14,8 @@ struct UnitWord {
 };
 
 constexpr UnitWord kFrequencyWords[] = {
-    {"h", 1.0},   {"hz", 1.0},  {"k", 1e3},  {"kh", 1e3},  {"khz", 1e3},  {"m", 1e6},
-    {"mh", 1e6},  {"mhz", 1e6}, {"g", 1e9},  {"gh", 1e9},  {"ghz", 1e9},
+    {"h", 1.0},  {"hz", 1.0},  {"k", 1e3}, {"kh", 1e3}, {"khz", 1e3}, {"m", 1e6},
+    {"mh", 1e6}, {"mhz", 1e6}, {"g", 1e9}, {"gh", 1e9}, {"ghz", 1e9},
 };
 
 // "m" is milli here: minutes are not a unit of entry.

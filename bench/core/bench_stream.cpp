@@ -18,8 +18,8 @@ namespace {
 
 std::atomic<long> allocations{0};
 
-constexpr int chunk = 833333;         // 1/60 s at 50e6
-constexpr int chunksPerRun = 60;      // one second of output per iteration
+constexpr int chunk = 833333;     // 1/60 s at 50e6
+constexpr int chunksPerRun = 60;  // one second of output per iteration
 
 // Pass-through like the impairment panel with nothing enabled; ends the run after a second
 // of output, so that each iteration times exactly 50e6 samples.
@@ -42,12 +42,14 @@ public:
 void BM_MemcpyChunk(benchmark::State& state) {
   std::vector<Sample> from(chunk, Sample(1, 0)), to(chunk);
   for (auto _ : state) {
-    for (int i = 0; i < chunksPerRun; ++i) std::memcpy(to.data(), from.data(), sizeof(Sample) * chunk);
+    for (int i = 0; i < chunksPerRun; ++i)
+      std::memcpy(to.data(), from.data(), sizeof(Sample) * chunk);
     benchmark::DoNotOptimize(to.data());
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations() * chunk * int64_t(chunksPerRun));
-  state.SetBytesProcessed(state.iterations() * chunk * int64_t(chunksPerRun) * int64_t(sizeof(Sample)));
+  state.SetBytesProcessed(state.iterations() * chunk * int64_t(chunksPerRun) *
+                          int64_t(sizeof(Sample)));
 }
 BENCHMARK(BM_MemcpyChunk)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -75,7 +77,8 @@ void BM_SubmitWaveformSteady(benchmark::State& state) {
   device.abort();
   device.close();
   state.SetItemsProcessed(state.iterations() * chunk * int64_t(chunksPerRun));
-  state.SetBytesProcessed(state.iterations() * chunk * int64_t(chunksPerRun) * int64_t(sizeof(Sample)));
+  state.SetBytesProcessed(state.iterations() * chunk * int64_t(chunksPerRun) *
+                          int64_t(sizeof(Sample)));
   state.counters["allocs_per_chunk"] =
       double(steadyAllocations) / double(state.iterations() * (chunksPerRun - 2));
 }

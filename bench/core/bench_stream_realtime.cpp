@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Ten seconds of CW at 50e6 samples a second against the real-time simulated device: the
-// stream must keep the device's queue fed with no underrun.
+// Ten seconds of CW at 50e6 samples a second against the real-time simulated device, the first
+// two of them recorded to disk: the stream must keep the device's queue fed with no underrun,
+// and the recording must not slow it.
 #include "core/device.h"
 #include "core/impairment_stage.h"
 #include "core/opc_gate.h"
@@ -9,6 +10,7 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -40,7 +42,8 @@ void countEvents(std::streamoff from, long& underruns, double& samples) {
   in.seekg(from);
   std::string line;
   while (std::getline(in, line)) {
-    if (line.find("\"fn\":\"device\"") != std::string::npos || line.find("\"fn\": \"device\"") != std::string::npos) {
+    if (line.find("\"fn\":\"device\"") != std::string::npos ||
+        line.find("\"fn\": \"device\"") != std::string::npos) {
       if (line.find("underrun") != std::string::npos) ++underruns;
     } else if (line.find("krtSubmitIQ") != std::string::npos) {
       auto at = line.find("\"count\"");
@@ -87,9 +90,14 @@ int main(int argc, char** argv) {
   setenv("KRT40_SIM_OPEN_MS", "0", 1);
   setenv("KRT40_SIM_DEVICES", "21000001", 1);
   setenv("KRT40_SIM_EVENTS", eventsPath.c_str(), 1);
-  unsetenv("KRT40_SIM_RECORD");
+  const std::string recording = eventsPath.substr(0, eventsPath.rfind('/')) + "/recording";
+  setenv("KRT40_SIM_RECORD", recording.c_str(), 1);
+  setenv("KRT40_SIM_RECORD_MAX", "100000000", 1);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
+  std::remove((recording + ".sigmf-data").c_str());
+  std::remove((recording + ".sigmf-meta").c_str());
+  std::remove(eventsPath.c_str());
   return 0;
 }

@@ -116,7 +116,8 @@ std::vector<Sample> firTaps(bool realTaps) {
   std::vector<double> design(65);
   vecDesignLowpass(0.2, design.data(), 65, VecWindowBlackman, true);
   std::vector<Sample> taps(65);
-  for (int k = 0; k < 65; ++k) taps[k] = Sample(static_cast<float>(design[k]), realTaps ? 0.0f : 0.01f);
+  for (int k = 0; k < 65; ++k)
+    taps[k] = Sample(static_cast<float>(design[k]), realTaps ? 0.0f : 0.01f);
   return taps;
 }
 
@@ -143,8 +144,16 @@ void BM_Fir65(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * kNoise);
 }
-BENCHMARK(BM_Fir65<VecFirMethod::Direct>)->Name("BM_Fir65_Direct")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Fir65<VecFirMethod::Fft>)->Name("BM_Fir65_Fft")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Fir65<VecFirMethod::Direct>)
+    ->Name("BM_Fir65_Direct")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Fir65<VecFirMethod::Fft>)
+    ->Name("BM_Fir65_Fft")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond);
 
 // Direct against FFT over tap counts, to place the Auto threshold.
 template <VecFirMethod method>
@@ -159,8 +168,22 @@ void BM_FirTaps(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * kNoise);
 }
-BENCHMARK(BM_FirTaps<VecFirMethod::Direct>)->Name("BM_FirTaps_Direct")->Arg(15)->Arg(33)->Arg(65)->Arg(129)->Arg(257)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_FirTaps<VecFirMethod::Fft>)->Name("BM_FirTaps_Fft")->Arg(15)->Arg(33)->Arg(65)->Arg(129)->Arg(257)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FirTaps<VecFirMethod::Direct>)
+    ->Name("BM_FirTaps_Direct")
+    ->Arg(15)
+    ->Arg(33)
+    ->Arg(65)
+    ->Arg(129)
+    ->Arg(257)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FirTaps<VecFirMethod::Fft>)
+    ->Name("BM_FirTaps_Fft")
+    ->Arg(15)
+    ->Arg(33)
+    ->Arg(65)
+    ->Arg(129)
+    ->Arg(257)
+    ->Unit(benchmark::kMillisecond);
 
 // What prepareNoise does: fill, then filter the record circularly.
 void BM_NoiseRecord_GaussAndCircularFir65(benchmark::State& state) {

@@ -44,7 +44,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
-double secondsSince(Clock::time_point t) { return std::chrono::duration<double>(Clock::now() - t).count(); }
+double secondsSince(Clock::time_point t) {
+  return std::chrono::duration<double>(Clock::now() - t).count();
+}
 
 // Nearest-rank percentile, q in [0, 1].
 double percentile(std::vector<double> v, double q) {
@@ -100,7 +102,8 @@ public:
 
   // Waits at most `timeout` for data; false on timeout or a closed connection.
   bool receive(std::chrono::nanoseconds timeout) {
-    timespec ts{static_cast<time_t>(timeout.count() / 1000000000), static_cast<long>(timeout.count() % 1000000000)};
+    timespec ts{static_cast<time_t>(timeout.count() / 1000000000),
+                static_cast<long>(timeout.count() % 1000000000)};
     pollfd p{fd, POLLIN, 0};
     if (ppoll(&p, 1, &ts, nullptr) <= 0) return false;
     char chunk[65536];
@@ -125,7 +128,8 @@ public:
     for (;;) {
       if (auto line = takeLine()) return line;
       const double left = timeoutSeconds - secondsSince(start);
-      if (left <= 0 || !receive(std::chrono::nanoseconds(static_cast<long long>(left * 1e9)))) return std::nullopt;
+      if (left <= 0 || !receive(std::chrono::nanoseconds(static_cast<long long>(left * 1e9))))
+        return std::nullopt;
     }
   }
 
@@ -203,7 +207,8 @@ bool App::start() {
   const auto begin = Clock::now();
   bool connected = false;
   while (!connected && secondsSince(begin) < 20) {
-    if (waitpid(pid, nullptr, WNOHANG) == pid) return (pid = -1, failure = "application exited"), false;
+    if (waitpid(pid, nullptr, WNOHANG) == pid)
+      return (pid = -1, failure = "application exited"), false;
     connected = client.connectTo(port) && client.query("*IDN?", 1.0).has_value();
     if (!connected) std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
@@ -281,7 +286,8 @@ void countEvents(std::streamoff from, long& underruns, double& samples) {
 }
 
 // Round trips of one command, in microseconds.
-std::vector<double> roundTrips(LineClient& client, const std::string& command, int count, int& failures) {
+std::vector<double> roundTrips(LineClient& client, const std::string& command, int count,
+                               int& failures) {
   std::vector<double> us;
   us.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
@@ -385,25 +391,30 @@ void BM_QueriesWhileStreaming(benchmark::State& state) {
     sentAt.assign(static_cast<size_t>(rate * seconds) + 1, {});
     latencyUs.reserve(sentAt.size());
     const auto start = Clock::now();
-    const auto end = start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+    const auto end =
+        start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
     auto next = start;
     for (;;) {
       const auto now = Clock::now();
       if (now >= end && received == sent) break;
       if (now >= end + std::chrono::seconds(2)) break;  // replies that never came
       // Missed slots are sent late, not dropped, as long as the window allows.
-      while (now >= next && next < end && sent - received < window && sent < static_cast<long>(sentAt.size())) {
+      while (now >= next && next < end && sent - received < window &&
+             sent < static_cast<long>(sentAt.size())) {
         if (!app.client.send(":FREQ?")) break;
         sentAt[static_cast<size_t>(sent++)] = Clock::now();
         next += period;
       }
       backlog = std::max(backlog, static_cast<int>(sent - received));
-      const auto wait = (next < end && sent - received < window) ? std::max(next - Clock::now(), Clock::duration::zero())
-                                                                 : Clock::duration(std::chrono::milliseconds(1));
+      const auto wait = (next < end && sent - received < window)
+                            ? std::max(next - Clock::now(), Clock::duration::zero())
+                            : Clock::duration(std::chrono::milliseconds(1));
       if (app.client.receive(wait)) {
         while (auto line = app.client.takeLine()) {
           if (received >= sent) break;
-          latencyUs.push_back(std::chrono::duration<double, std::micro>(Clock::now() - sentAt[static_cast<size_t>(received)]).count());
+          latencyUs.push_back(std::chrono::duration<double, std::micro>(
+                                  Clock::now() - sentAt[static_cast<size_t>(received)])
+                                  .count());
           if (*line != expected) ++wrong;
           ++received;
         }
@@ -444,8 +455,10 @@ void BM_SettingToCompletion(benchmark::State& state) {
       app.client.send(i % 2 ? ":FREQ 1.1 GHz" : ":FREQ 1.2 GHz");
       app.client.send("*OPC");
       // A first poll that already reads 1 would mean the gate never held the client back.
-      if (app.client.query("*ESR?").value_or("") == "1") ++immediate;
-      else if (!app.waitForCompletion(5)) ++timeouts;
+      if (app.client.query("*ESR?").value_or("") == "1")
+        ++immediate;
+      else if (!app.waitForCompletion(5))
+        ++timeouts;
       ms.push_back(secondsSince(start) * 1e3);
     }
     state.SetIterationTime(secondsSince(t0));
@@ -466,7 +479,8 @@ int main(int argc, char** argv) {
   prctl(PR_SET_TIMERSLACK, 1UL);
   signal(SIGPIPE, SIG_IGN);
   benchmark::Initialize(&argc, argv);
-  if (!app.start()) std::fprintf(stderr, "krt40 not ready: %s\n%s\n", app.failure.c_str(), app.logTail().c_str());
+  if (!app.start())
+    std::fprintf(stderr, "krt40 not ready: %s\n%s\n", app.failure.c_str(), app.logTail().c_str());
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   app.stop();

@@ -71,7 +71,8 @@ void expectSame(benchmark::State& state, const std::vector<Sample>& built,
     return;
   }
   float worst = 0.0f;
-  for (size_t i = 0; i < built.size(); ++i) worst = std::max(worst, std::abs(built[i] - baseline[i]));
+  for (size_t i = 0; i < built.size(); ++i)
+    worst = std::max(worst, std::abs(built[i] - baseline[i]));
   if (worst > tolerance) state.SkipWithError("samples differ");
   state.counters["max_diff"] = worst;
 }

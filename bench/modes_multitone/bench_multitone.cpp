@@ -78,9 +78,15 @@ void BM_Multitone(benchmark::State& state) {
 // The baseline's cost is tones x samples: 100 and 200 tones take it a fraction of a second.
 // 4000 tones at 1e4 Hz is the target case, 5,118,976 samples.
 BENCHMARK_TEMPLATE(BM_Multitone, buildMultitoneDirect)
-    ->Args({100, 10000})->Args({200, 10000})->Unit(benchmark::kMillisecond);
+    ->Args({100, 10000})
+    ->Args({200, 10000})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_Multitone, buildMultitone)
-    ->Args({100, 10000})->Args({200, 10000})->Args({4000, 10000})->Args({4001, 10000})->Args({3998, 10000})
+    ->Args({100, 10000})
+    ->Args({200, 10000})
+    ->Args({4000, 10000})
+    ->Args({4001, 10000})
+    ->Args({3998, 10000})
     ->Unit(benchmark::kMillisecond);
 
 long maxRssKb() {
@@ -92,7 +98,8 @@ long maxRssKb() {
 int rssRun(const char* kind, int tones, double spacingHz) {
   const long before = maxRssKb();
   MultitoneSettings s = comb(tones, static_cast<int64_t>(spacingHz));
-  const Waveform wave = std::strcmp(kind, "direct") == 0 ? buildMultitoneDirect(s) : buildMultitone(s);
+  const Waveform wave =
+      std::strcmp(kind, "direct") == 0 ? buildMultitoneDirect(s) : buildMultitone(s);
   std::printf("%s %d tones at %g Hz: %zu samples, resident set grew by %.1f MB\n", kind, tones,
               spacingHz, wave.samples.size(), double(maxRssKb() - before) / 1e3);
   return 0;

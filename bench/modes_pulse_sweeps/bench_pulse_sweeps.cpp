@@ -76,7 +76,8 @@ std::vector<Sample> baselineRamp(double span, double sweepTime, double period) {
 
 struct Case {
   std::string name;
-  std::function<const void*()> build;  // returns the first sample; the result lives until the next call
+  std::function<const void*()>
+      build;  // returns the first sample; the result lives until the next call
 };
 
 // Holds the last result, so that the buffer is freed outside the timed build.
@@ -94,15 +95,33 @@ const void* keep(std::vector<Sample> v) {
 
 const std::vector<Case>& cases() {
   static const std::vector<Case> all = {
-      {"pulse_1ms_in_1s", [] { return keep(buildPulse({1e-3, 1.0, TriggerContinuous})); }},
-      {"pulse_500ms_in_1s", [] { return keep(buildPulse({0.5, 1.0, TriggerContinuous})); }},
-      {"pulse_1s_in_1s", [] { return keep(buildPulse({1.0, 1.0, TriggerContinuous})); }},
+      {"pulse_1ms_in_1s",
+       [] {
+         return keep(buildPulse({1e-3, 1.0, TriggerContinuous}));
+       }},
+      {"pulse_500ms_in_1s",
+       [] {
+         return keep(buildPulse({0.5, 1.0, TriggerContinuous}));
+       }},
+      {"pulse_1s_in_1s",
+       [] {
+         return keep(buildPulse({1.0, 1.0, TriggerContinuous}));
+       }},
       {"baseline_pulse_1ms_in_1s", [] { return keep(baselinePulse(1e-3, 1.0)); }},
       {"baseline_pulse_500ms_in_1s", [] { return keep(baselinePulse(0.5, 1.0)); }},
       {"baseline_pulse_1s_in_1s", [] { return keep(baselinePulse(1.0, 1.0)); }},
-      {"ramp_1s_in_1s", [] { return keep(buildRampSweep({2e7, 1.0, 1.0, TriggerContinuous})); }},
-      {"ramp_500ms_in_1s", [] { return keep(buildRampSweep({2e7, 0.5, 1.0, TriggerContinuous})); }},
-      {"ramp_100ms_in_100ms", [] { return keep(buildRampSweep({2e7, 0.1, 0.1, TriggerContinuous})); }},
+      {"ramp_1s_in_1s",
+       [] {
+         return keep(buildRampSweep({2e7, 1.0, 1.0, TriggerContinuous}));
+       }},
+      {"ramp_500ms_in_1s",
+       [] {
+         return keep(buildRampSweep({2e7, 0.5, 1.0, TriggerContinuous}));
+       }},
+      {"ramp_100ms_in_100ms",
+       [] {
+         return keep(buildRampSweep({2e7, 0.1, 0.1, TriggerContinuous}));
+       }},
       {"baseline_ramp_1s_in_1s", [] { return keep(baselineRamp(2e7, 1.0, 1.0)); }},
       {"baseline_ramp_500ms_in_1s", [] { return keep(baselineRamp(2e7, 0.5, 1.0)); }},
       {"baseline_ramp_100ms_in_100ms", [] { return keep(baselineRamp(2e7, 0.1, 0.1)); }},

@@ -92,7 +92,7 @@ TEST_F(AmFmModeTest, RemoteRowsFiftySixToSeventyOne) {
   struct Row {
     QString command;  // empty: only the queries
     std::vector<std::pair<QString, QString>> queries;
-    QString logged;   // the one error entry the command leaves, empty: none
+    QString logged;  // the one error entry the command leaves, empty: none
   };
   const std::vector<Row> rows = {
       {"", {{":AM?", "0"}, {":FM?", "0"}, {":SOUR:AM:STAT?", "0"}}, ""},
@@ -127,7 +127,9 @@ TEST_F(AmFmModeTest, RemoteRowsFiftySixToSeventyOne) {
       {":FM:DEV 0", {{":FM:DEV?", "1"}, {":FM:FREQ?", "1000"}}, ""},  // 1 Hz drags the rate down
       {":FM:SHAP tri", {{":FM:SHAP?", "triangle"}}, ""},
       {":FM:SHAP square", {{":FM:SHAP?", "square"}}, ""},
-      {":FM:SHAP bogus", {{":FM:SHAP?", "square"}}, "-2,Invalid parameter;Expected modulation shape"},
+      {":FM:SHAP bogus",
+       {{":FM:SHAP?", "square"}},
+       "-2,Invalid parameter;Expected modulation shape"},
       {":AM ON", {{":AM?", "1"}, {":FM?", "0"}}, ""},
   };
   for (const Row& row : rows) {

@@ -10,8 +10,12 @@
 #include <string>
 
 // Lets test failures print Qt strings.
-inline std::ostream& operator<<(std::ostream& os, const QString& text) { return os << text.toStdString(); }
-inline void PrintTo(const QString& text, std::ostream* os) { *os << '"' << text.toStdString() << '"'; }
+inline std::ostream& operator<<(std::ostream& os, const QString& text) {
+  return os << text.toStdString();
+}
+inline void PrintTo(const QString& text, std::ostream* os) {
+  *os << '"' << text.toStdString() << '"';
+}
 
 const std::string& coreScratchDir();
 std::string eventsPath();

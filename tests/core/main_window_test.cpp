@@ -172,9 +172,9 @@ TEST(Window, MenusHoldEveryEntry) {
   EXPECT_EQ(titles, (QStringList{"File", "Edit", "Presets", "Utilites", "Help"}));
   QStringList presets;
   for (QAction* a : menu(window, "Presets")->actions()) presets << a->text();
-  EXPECT_EQ(presets, (QStringList{"Load User Preset", "Save User Preset", "", "Quick Load",
-                                  "Quick Save", "", "Save Power On Preset",
-                                  "Delete Power On Preset"}));
+  EXPECT_EQ(presets,
+            (QStringList{"Load User Preset", "Save User Preset", "", "Quick Load", "Quick Save", "",
+                         "Save Power On Preset", "Delete Power On Preset"}));
   QMenu* quickLoad = menu(window, "Presets")->actions()[3]->menu();
   ASSERT_EQ(quickLoad->actions().size(), 9);
   EXPECT_EQ(quickLoad->actions()[8]->shortcut(), QKeySequence("Ctrl+9"));

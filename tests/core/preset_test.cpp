@@ -131,10 +131,23 @@ TEST_F(PresetTest, PartialAndGarbageFilesMeetTheClamps) {
   };
   const std::vector<Case> cases = {
       {"only a frequency", {{"Frequency", 2e9}}, 2e9, 1e6, -20, 10, 1, {}},
-      {"out of range", {{"Frequency", 1e10}, {"FrequencyStep", -1}, {"PowerLevel", 99}, {"PowerLevelStep", 500}},
-       6e9, 0, 10, 100, 1, {"-1,Setting clamped;Center frequency clamped", "-1,Setting clamped;Step frequency clamped"}},
-      {"garbage reads as 0", {{"Frequency", "abc"}, {"PowerLevel", "x"}, {"ProbeA/Value", "lots"}},
-       30e6, 1e6, 0, 10, 0, {"-1,Setting clamped;Center frequency clamped"}},
+      {"out of range",
+       {{"Frequency", 1e10}, {"FrequencyStep", -1}, {"PowerLevel", 99}, {"PowerLevelStep", 500}},
+       6e9,
+       0,
+       10,
+       100,
+       1,
+       {"-1,Setting clamped;Center frequency clamped",
+        "-1,Setting clamped;Step frequency clamped"}},
+      {"garbage reads as 0",
+       {{"Frequency", "abc"}, {"PowerLevel", "x"}, {"ProbeA/Value", "lots"}},
+       30e6,
+       1e6,
+       0,
+       10,
+       0,
+       {"-1,Setting clamped;Center frequency clamped"}},
       {"view value clamped", {{"ProbeA/Value", 50}}, 1e9, 1e6, -20, 10, 10, {}},
   };
   for (const Case& c : cases) {
@@ -201,8 +214,9 @@ TEST_F(PresetTest, PowerOnPresetIsCheckedForItsVersion) {
     QVariant major, minor, revision;
     bool loads;
   };
-  for (const Case& c : {Case{1, 0, 5, true}, Case{1, 1, 0, true}, Case{2, 0, 0, true},
-                        Case{1, 0, 4, false}, Case{0, 9, 9, false}, Case{QVariant(), QVariant(), QVariant(), false}}) {
+  for (const Case& c :
+       {Case{1, 0, 5, true}, Case{1, 1, 0, true}, Case{2, 0, 0, true}, Case{1, 0, 4, false},
+        Case{0, 9, 9, false}, Case{QVariant(), QVariant(), QVariant(), false}}) {
     SCOPED_TRACE(c.major.toString().toStdString() + "." + c.minor.toString().toStdString());
     {
       QSettings s(powerOnPresetPath(), QSettings::IniFormat);

@@ -29,8 +29,8 @@ namespace {
 using nlohmann::json;
 
 // The calls that make up a sweep or a pass, in order.
-const std::vector<std::string> playCalls = {"krtSetFrequency", "krtSetLevel", "krtSubmitIQ", "krtSubmitTrigger",
-                                            "krtFlushAndWait"};
+const std::vector<std::string> playCalls = {"krtSetFrequency", "krtSetLevel", "krtSubmitIQ",
+                                            "krtSubmitTrigger", "krtFlushAndWait"};
 
 class PulseSweepsTest : public ::testing::Test {
 protected:
@@ -70,7 +70,8 @@ protected:
     mode->enabledCheck()->click();
     ASSERT_TRUE(waitUntil([&] {
       for (const json& e : sinceRestart())
-        if (e.value("fn", "") == "krtSetSampleRate" && e["args"]["sampleRate"] == sampleRate) return true;
+        if (e.value("fn", "") == "krtSetSampleRate" && e["args"]["sampleRate"] == sampleRate)
+          return true;
       return false;
     }));
   }
@@ -79,7 +80,8 @@ protected:
   // own calls and those of the new thread.
   std::vector<json> sinceRestart() const {
     std::vector<json> events = log.events();
-    auto abort = std::find_if(events.begin(), events.end(), [](const json& e) { return e.value("fn", "") == "krtAbort"; });
+    auto abort = std::find_if(events.begin(), events.end(),
+                              [](const json& e) { return e.value("fn", "") == "krtAbort"; });
     return abort == events.end() ? std::vector<json>() : std::vector<json>(abort + 1, events.end());
   }
 
@@ -100,7 +102,8 @@ protected:
 
   size_t count(const std::string& fn) const {
     const std::vector<json> events = sinceRestart();
-    return size_t(std::count_if(events.begin(), events.end(), [&](const json& e) { return e.value("fn", "") == fn; }));
+    return size_t(std::count_if(events.begin(), events.end(),
+                                [&](const json& e) { return e.value("fn", "") == fn; }));
   }
 
   Device device;
@@ -184,7 +187,9 @@ TEST_F(PulseSweepsTest, LongDwellIsFedInPiecesAndStopsBetweenThem) {
 
 TEST_F(PulseSweepsTest, StepSweepReportsALostDevice) {
   std::atomic<int> lost{0};
-  QObject::connect(&central, &CentralWidget::deviceConnectionLost, &central, [&] { ++lost; }, Qt::DirectConnection);
+  QObject::connect(
+      &central, &CentralWidget::deviceConnectionLost, &central, [&] { ++lost; },
+      Qt::DirectConnection);
   connectAndEnable();
   start(step, 5e7);
   ASSERT_TRUE(waitUntil([&] { return count("krtSubmitIQ") > 0; }));
@@ -244,7 +249,8 @@ TEST_F(PulseSweepsTest, RemoteRowsSetAndReadTheViews) {
   for (const auto& [line, entry] : refused) {
     EXPECT_EQ(client.query(line + ";:SYST:ERR?"), entry) << line.toStdString();
   }
-  EXPECT_EQ(client.query(":STEP:TYPE?;:PULM:TRIG:TYPE?;:RAMP:TRIG:TYPE?"), "freqampl;single;single");
+  EXPECT_EQ(client.query(":STEP:TYPE?;:PULM:TRIG:TYPE?;:RAMP:TRIG:TYPE?"),
+            "freqampl;single;single");
 }
 
 }  // namespace

@@ -114,7 +114,8 @@ TEST_F(ScpiHandlerTest, SwitchesReferenceAndWords) {
   EXPECT_TRUE(central.referenceEnabled());
   EXPECT_EQ(client.query(":OUTP?;:OUTP:MOD?;:ROSC:SOUR?"), "1;1;external");
   client.command(":ROSC:SOUR sideways");
-  EXPECT_EQ(client.query(":SYST:ERR?"), "-2,Invalid parameter;Expected reference oscillator source");
+  EXPECT_EQ(client.query(":SYST:ERR?"),
+            "-2,Invalid parameter;Expected reference oscillator source");
   EXPECT_TRUE(central.referenceEnabled());
   client.command(":OUTP maybe");  // not a boolean: nothing changes, nothing is logged
   EXPECT_TRUE(central.rfEnabled());

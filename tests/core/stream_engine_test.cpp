@@ -224,9 +224,9 @@ TEST_F(StreamEngineTest, OffStateSubmitsNothingAndLeavesTheOutputEnabled) {
   std::this_thread::sleep_for(50ms);
   EXPECT_TRUE(gate.isOutputReady());
   stopWorker();
-  EXPECT_EQ(log.sequence(), (std::vector<std::string>{"krtSetDigitalTuning", "krtSetSampleRate",
-                                                      "krtSetFrequency", "krtSetLevel",
-                                                      "krtSetRFOutputState"}));
+  EXPECT_EQ(log.sequence(),
+            (std::vector<std::string>{"krtSetDigitalTuning", "krtSetSampleRate", "krtSetFrequency",
+                                      "krtSetLevel", "krtSetRFOutputState"}));
   EXPECT_EQ(log.calls("krtSetRFOutputState")[0]["args"]["enabled"], 1);
   EXPECT_DOUBLE_EQ(log.calls("krtSetSampleRate")[0]["args"]["sampleRate"].get<double>(), 50e6);
 }

@@ -20,9 +20,12 @@ std::vector<T> circularReference(const std::vector<T>& h, const std::vector<T>& 
   for (int j = 0; j < length; ++j) {
     std::complex<double> acc = 0;
     for (int k = 0; k < taps; ++k)
-      acc += std::complex<double>(h[k]) * std::complex<double>(x[((j + taps / 2 - k) % length + length) % length]);
-    if constexpr (std::is_same_v<T, float>) out[j] = static_cast<float>(acc.real());
-    else out[j] = T(acc);
+      acc += std::complex<double>(h[k]) *
+             std::complex<double>(x[((j + taps / 2 - k) % length + length) % length]);
+    if constexpr (std::is_same_v<T, float>)
+      out[j] = static_cast<float>(acc.real());
+    else
+      out[j] = T(acc);
   }
   return out;
 }
@@ -30,7 +33,8 @@ std::vector<T> circularReference(const std::vector<T>& h, const std::vector<T>& 
 template <class T>
 double worstError(const T* got, const std::vector<T>& expected) {
   double worst = 0;
-  for (size_t i = 0; i < expected.size(); ++i) worst = std::max(worst, static_cast<double>(std::abs(got[i] - expected[i])));
+  for (size_t i = 0; i < expected.size(); ++i)
+    worst = std::max(worst, static_cast<double>(std::abs(got[i] - expected[i])));
   return worst;
 }
 
@@ -46,14 +50,17 @@ TEST(FilterCircular, EqualsCircularConvolutionForRealAndComplex) {
       std::fill(buffer.get() + length, buffer.get() + length + guard, Sample(-7.0f, 7.0f));
       auto fir = vecFirCreate32fc(h.data(), taps);
       ASSERT_EQ(filterCircular(fir.get(), buffer.get(), length), VecOk);
-      EXPECT_LT(worstError(buffer.get(), circularReference(h, x)), 1e-6 * taps) << taps << " " << length;
-      for (int i = 0; i < guard; ++i) ASSERT_EQ(buffer[length + i], Sample(-7.0f, 7.0f)) << "length changed";
+      EXPECT_LT(worstError(buffer.get(), circularReference(h, x)), 1e-6 * taps)
+          << taps << " " << length;
+      for (int i = 0; i < guard; ++i)
+        ASSERT_EQ(buffer[length + i], Sample(-7.0f, 7.0f)) << "length changed";
 
       const std::vector<float> hr = randomFloats(taps, taps), xr = randomFloats(length, length);
       std::vector<float> real = xr;
       auto realFir = vecFirCreate32f(hr.data(), taps);
       ASSERT_EQ(filterCircular(realFir.get(), real.data(), length), VecOk);
-      EXPECT_LT(worstError(real.data(), circularReference(hr, xr)), 1e-6 * taps) << taps << " " << length;
+      EXPECT_LT(worstError(real.data(), circularReference(hr, xr)), 1e-6 * taps)
+          << taps << " " << length;
     }
 }
 
@@ -83,7 +90,8 @@ TEST(FilterCircular, CommutesWithRotation) {
     std::vector<Sample> a = x, b = x;
     std::rotate(b.begin(), b.begin() + shift, b.end());
     filterCircular(fir.get(), a.data(), length);
-    filterCircular(fir.get(), b.data(), length);  // the state left by the call before must not matter
+    filterCircular(fir.get(), b.data(),
+                   length);  // the state left by the call before must not matter
     std::rotate(a.begin(), a.begin() + shift, a.end());
     EXPECT_LT(worstError(b.data(), a), 1e-6) << shift;
   }

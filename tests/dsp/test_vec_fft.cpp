@@ -20,7 +20,8 @@ std::vector<Sample> directDft(const std::vector<Sample>& x, int sign) {
   for (int k = 0; k < n; ++k) {
     std::complex<double> sum = 0;
     for (int t = 0; t < n; ++t)
-      sum += std::complex<double>(x[t]) * std::polar(1.0, sign * 2.0 * M_PI * ((static_cast<long long>(k) * t) % n) / n);
+      sum += std::complex<double>(x[t]) *
+             std::polar(1.0, sign * 2.0 * M_PI * ((static_cast<long long>(k) * t) % n) / n);
     out[k] = Sample(sum);
   }
   return out;
@@ -28,7 +29,8 @@ std::vector<Sample> directDft(const std::vector<Sample>& x, int sign) {
 
 double worstError(const Sample* a, const std::vector<Sample>& b) {
   double worst = 0;
-  for (size_t i = 0; i < b.size(); ++i) worst = std::max(worst, static_cast<double>(std::abs(a[i] - b[i])));
+  for (size_t i = 0; i < b.size(); ++i)
+    worst = std::max(worst, static_cast<double>(std::abs(a[i] - b[i])));
   return worst;
 }
 
@@ -39,8 +41,9 @@ struct ScaleCase {
 
 TEST(VecFft, MatchesDirectDftWithEachScalingInAndOutOfPlace) {
   for (int order : {0, 1, 3, 6, 10})
-    for (const ScaleCase& s : {ScaleCase{VecFftNoScale, 0, 0}, ScaleCase{VecFftDivInvByN, 0, -1},
-                               ScaleCase{VecFftDivFwdByN, -1, 0}, ScaleCase{VecFftDivBySqrtN, -0.5, -0.5}}) {
+    for (const ScaleCase& s :
+         {ScaleCase{VecFftNoScale, 0, 0}, ScaleCase{VecFftDivInvByN, 0, -1},
+          ScaleCase{VecFftDivFwdByN, -1, 0}, ScaleCase{VecFftDivBySqrtN, -0.5, -0.5}}) {
       const int n = 1 << order;
       auto fft = vecFftCreate(order, s.flags, VecHintAccurate);
       ASSERT_TRUE(fft);
@@ -52,7 +55,8 @@ TEST(VecFft, MatchesDirectDftWithEachScalingInAndOutOfPlace) {
       for (Sample& v : fwd) v *= static_cast<float>(fwdScale);
       for (Sample& v : inv) v *= static_cast<float>(invScale);
       const double tolerance = 1e-6 * std::sqrt(n) * (1 + order) * std::max(fwdScale, invScale);
-      for (int offset : {0, 1}) {  // aligned arrays go straight to FFTW, others through the work buffer
+      for (int offset :
+           {0, 1}) {  // aligned arrays go straight to FFTW, others through the work buffer
         Placed<Sample> src(n, offset), dst(n, 0);
         std::copy(x.begin(), x.end(), src.get());
         vecFftForward32fc(src.get(), dst.get(), fft.get());
@@ -71,7 +75,8 @@ TEST(VecFft, ToneLandsInItsBin) {
     float phase = 0.0f;
     vecTone32fc(x.data(), n, 1.0f, static_cast<float>(bin) / n, &phase, VecHintAccurate);
     vecFftForward32fc(x.data(), X.data(), fft.get());
-    for (int k = 0; k < n; ++k) ASSERT_NEAR(std::abs(X[k]), k == bin ? n : 0.0, 2e-3) << bin << " at " << k;
+    for (int k = 0; k < n; ++k)
+      ASSERT_NEAR(std::abs(X[k]), k == bin ? n : 0.0, 2e-3) << bin << " at " << k;
   }
 }
 

@@ -19,7 +19,8 @@ constexpr VecFirMethod kMethods[] = {VecFirMethod::Auto, VecFirMethod::Direct, V
 template <class T>
 double worstError(const std::vector<T>& got, const std::vector<T>& expected) {
   double worst = 0;
-  for (size_t i = 0; i < got.size(); ++i) worst = std::max(worst, static_cast<double>(std::abs(got[i] - expected[i])));
+  for (size_t i = 0; i < got.size(); ++i)
+    worst = std::max(worst, static_cast<double>(std::abs(got[i] - expected[i])));
   return worst;
 }
 
@@ -40,7 +41,8 @@ TEST(VecFir, MatchesConvolutionSumOnEveryPath) {
           ASSERT_EQ(fir->length(), taps);
           ASSERT_EQ(vecFirApply32fc(fir.get(), src.get(), dst.get(), n), VecOk);
           std::copy(dst.get(), dst.get() + n, got.begin());
-          EXPECT_LT(worstError(got, expected), 1e-6 + 1e-7 * taps) << taps << " " << static_cast<int>(method) << " " << n;
+          EXPECT_LT(worstError(got, expected), 1e-6 + 1e-7 * taps)
+              << taps << " " << static_cast<int>(method) << " " << n;
         }
         std::vector<float> hr(taps), xr(n), expected(n), got(n);
         std::transform(h.begin(), h.end(), hr.begin(), [](Sample v) { return v.imag(); });
@@ -48,7 +50,8 @@ TEST(VecFir, MatchesConvolutionSumOnEveryPath) {
         vecref::fir32f(hr.data(), taps, xr.data(), expected.data(), n);
         auto fir = vecFirCreate32f(hr.data(), taps, method);
         vecFirApply32f(fir.get(), xr.data(), got.data(), n);
-        EXPECT_LT(worstError(got, expected), 1e-6 + 1e-7 * taps) << "real " << taps << " " << static_cast<int>(method);
+        EXPECT_LT(worstError(got, expected), 1e-6 + 1e-7 * taps)
+            << "real " << taps << " " << static_cast<int>(method);
       }
 }
 
@@ -66,12 +69,15 @@ TEST(VecFir, DelayLinePersistsAcrossSplitCalls) {
       vecFirApply32fc(one.get(), x.data(), whole.data(), n);
       for (size_t i = 0; i + 1 < std::size(cuts); ++i)
         if (cuts[i + 1] > cuts[i])
-          vecFirApply32fc(split.get(), pieces.data() + cuts[i], pieces.data() + cuts[i], cuts[i + 1] - cuts[i]);
-      const bool directOnly = method == VecFirMethod::Direct || (method == VecFirMethod::Auto && taps < 32);
+          vecFirApply32fc(split.get(), pieces.data() + cuts[i], pieces.data() + cuts[i],
+                          cuts[i + 1] - cuts[i]);
+      const bool directOnly =
+          method == VecFirMethod::Direct || (method == VecFirMethod::Auto && taps < 32);
       if (directOnly)
         EXPECT_EQ(pieces, whole) << taps;  // the same sums in the same order
       else
-        EXPECT_LT(worstError(pieces, whole), 2e-6 * std::sqrt(taps)) << taps << " " << static_cast<int>(method);
+        EXPECT_LT(worstError(pieces, whole), 2e-6 * std::sqrt(taps))
+            << taps << " " << static_cast<int>(method);
     }
 }
 
@@ -94,15 +100,18 @@ struct LowpassCase {
 };
 
 TEST(VecDesignLowpass, SymmetricUnitDcGainAndStopband) {
-  const LowpassCase cases[] = {{65, VecWindowBlackman, 0.4, -70, 0.05}, {65, VecWindowHamming, 0.1, -50, 0.04},
-                               {64, VecWindowHamming, 0.25, -50, 0.04}, {101, VecWindowKaiser, 0.2, -75, 0.05},
+  const LowpassCase cases[] = {{65, VecWindowBlackman, 0.4, -70, 0.05},
+                               {65, VecWindowHamming, 0.1, -50, 0.04},
+                               {64, VecWindowHamming, 0.25, -50, 0.04},
+                               {101, VecWindowKaiser, 0.2, -75, 0.05},
                                {33, VecWindowHann, 0.125, -40, 0.08}};
   for (const LowpassCase& c : cases) {
     std::vector<double> h(c.length);
     ASSERT_EQ(vecDesignLowpass(c.cutoff, h.data(), c.length, c.window, true), VecOk);
     EXPECT_NEAR(std::accumulate(h.begin(), h.end(), 0.0), 1.0, 1e-12);
     for (int k = 0; k < c.length; ++k) ASSERT_NEAR(h[k], h[c.length - 1 - k], 1e-15);
-    EXPECT_NEAR(20 * std::log10(gainAt(h, c.cutoff)), -6.0, 0.6) << c.length;  // half amplitude at cutoff
+    EXPECT_NEAR(20 * std::log10(gainAt(h, c.cutoff)), -6.0, 0.6)
+        << c.length;  // half amplitude at cutoff
     for (double f = c.cutoff + c.transition; f <= 0.5; f += 0.001)
       ASSERT_LT(20 * std::log10(gainAt(h, f)), c.stopbandDb) << c.length << " at " << f;
   }

@@ -24,7 +24,7 @@ struct ElementCase {
   int inWidth, outWidth;
   std::function<int(const float* a, const float* b, float* dst, int n)> kernel;
   std::function<void(const float* a, const float* b, float* dst)> element;  // one element's result
-  float tolerance;                                                          // absolute; 0: bit-exact
+  float tolerance;  // absolute; 0: bit-exact
 };
 void PrintTo(const ElementCase& c, std::ostream* os) { *os << c.name; }
 
@@ -42,22 +42,32 @@ void productC(const float* a, const float*, float* d) {
 std::vector<ElementCase> elementCases() {
   using F = const float*;
   return {
-      {"Add32fc", 2, 2, [](F a, F b, float* d, int n) { return vecAdd32fc(cx(a), cx(b), cx(d), n); },
+      {"Add32fc", 2, 2,
+       [](F a, F b, float* d, int n) { return vecAdd32fc(cx(a), cx(b), cx(d), n); },
        [](F a, F b, float* d) { vecref::add32fc(cx(a), cx(b), cx(d), 1); }, 0},
-      {"Mul32fc", 2, 2, [](F a, F b, float* d, int n) { return vecMul32fc(cx(a), cx(b), cx(d), n); }, product, 3e-7f},
-      {"AddC32fc", 2, 2, [](F a, F, float* d, int n) { return vecAddC32fc(cx(a), kRe, kIm, cx(d), n); },
+      {"Mul32fc", 2, 2,
+       [](F a, F b, float* d, int n) { return vecMul32fc(cx(a), cx(b), cx(d), n); }, product,
+       3e-7f},
+      {"AddC32fc", 2, 2,
+       [](F a, F, float* d, int n) { return vecAddC32fc(cx(a), kRe, kIm, cx(d), n); },
        [](F a, F, float* d) { d[0] = a[0] + kRe, d[1] = a[1] + kIm; }, 0},
-      {"MulC32fc", 2, 2, [](F a, F, float* d, int n) { return vecMulC32fc(cx(a), kRe, kIm, cx(d), n); }, productC, 3e-7f},
+      {"MulC32fc", 2, 2,
+       [](F a, F, float* d, int n) { return vecMulC32fc(cx(a), kRe, kIm, cx(d), n); }, productC,
+       3e-7f},
       {"MulC32fcInPlace", 2, 2,
-       [](F a, F, float* d, int n) { return std::copy(a, a + 2 * n, d), vecMulC32fcInPlace(kRe, kIm, cx(d), n); },
+       [](F a, F, float* d, int n) {
+         return std::copy(a, a + 2 * n, d), vecMulC32fcInPlace(kRe, kIm, cx(d), n);
+       },
        productC, 3e-7f},
       {"MulC32f", 1, 1, [](F a, F, float* d, int n) { return vecMulC32f(a, kIm, d, n); },
        [](F a, F, float* d) { d[0] = a[0] * kIm; }, 0},
       {"DivC32f", 1, 1, [](F a, F, float* d, int n) { return vecDivC32f(a, kIm, d, n); },
        [](F a, F, float* d) { d[0] = a[0] / kIm; }, 0},
-      {"RealToComplex", 1, 2, [](F a, F b, float* d, int n) { return vecRealToComplex(a, b, cx(d), n); },
+      {"RealToComplex", 1, 2,
+       [](F a, F b, float* d, int n) { return vecRealToComplex(a, b, cx(d), n); },
        [](F a, F b, float* d) { d[0] = a[0], d[1] = b[0]; }, 0},
-      {"RealToComplexNullRe", 1, 2, [](F, F b, float* d, int n) { return vecRealToComplex(nullptr, b, cx(d), n); },
+      {"RealToComplexNullRe", 1, 2,
+       [](F, F b, float* d, int n) { return vecRealToComplex(nullptr, b, cx(d), n); },
        [](F, F b, float* d) { d[0] = 0, d[1] = b[0]; }, 0},
       {"Imag32fc", 2, 1, [](F a, F, float* d, int n) { return vecImag32fc(cx(a), d, n); },
        [](F a, F, float* d) { d[0] = a[1]; }, 0},
@@ -73,7 +83,8 @@ TEST_P(ElementKernels, MatchPlainLoopAndWriteNothingElse) {
   const ElementCase& c = GetParam();
   for (int n : kOddLengths)
     for (int offset : {0, 1, 3}) {
-      const std::vector<float> a = randomFloats(n * c.inWidth, n), b = randomFloats(n * c.inWidth, n + 1);
+      const std::vector<float> a = randomFloats(n * c.inWidth, n),
+                               b = randomFloats(n * c.inWidth, n + 1);
       Placed<float> pa(n * c.inWidth, offset), pb(n * c.inWidth, (offset + 1) % 4);
       Placed<float> pd(n * c.outWidth + kGuard, (offset + 2) % 4);
       std::copy(a.begin(), a.end(), pa.get());
@@ -84,9 +95,11 @@ TEST_P(ElementKernels, MatchPlainLoopAndWriteNothingElse) {
       for (int i = 0; i < n; ++i) {
         c.element(&a[i * c.inWidth], &b[i * c.inWidth], expected);
         for (int j = 0; j < c.outWidth; ++j)
-          ASSERT_NEAR(pd[i * c.outWidth + j], expected[j], c.tolerance) << "n " << n << " offset " << offset << " at " << i;
+          ASSERT_NEAR(pd[i * c.outWidth + j], expected[j], c.tolerance)
+              << "n " << n << " offset " << offset << " at " << i;
       }
-      for (int i = 0; i < kGuard; ++i) ASSERT_EQ(pd[n * c.outWidth + i], kSentinel) << "wrote past n " << n;
+      for (int i = 0; i < kGuard; ++i)
+        ASSERT_EQ(pd[n * c.outWidth + i], kSentinel) << "wrote past n " << n;
       EXPECT_EQ(c.kernel(pa.get(), pb.get(), pd.get(), 0), VecErrSize);  // and leaves dst alone:
       EXPECT_EQ(pd[n * c.outWidth], kSentinel);
     }
@@ -126,7 +139,7 @@ TEST(ReduceKernels, AccurateSumOfAMillionThousandths) {
   ASSERT_EQ(vecSum32f(v.data(), n, &accurate, VecHintAccurate), VecOk);
   vecSum32f(v.data(), n, &fast, VecHintNone);
   EXPECT_EQ(accurate, static_cast<float>(exact));  // correctly rounded
-  EXPECT_NEAR(fast, exact, exact * 2e-6);            // a running float sum would be 1e-2 off
+  EXPECT_NEAR(fast, exact, exact * 2e-6);          // a running float sum would be 1e-2 off
 }
 
 TEST(ReduceKernels, SumsAndExtremesMatchPlainLoops) {

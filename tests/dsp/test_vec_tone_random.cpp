@@ -23,8 +23,8 @@ struct ToneCase {
 };
 
 TEST(VecTone, MatchesPerSampleReferenceForBothHints) {
-  const ToneCase cases[] = {{1.0f, 0.0f, 0.0f},          {1.0f, 0.25f, 0.0f},   {0.5f, 0.123456f, 1.0f},
-                            {2.0f, 0.999f, 6.0f},        {1.0f, 1.0f / 3, 3.0f}, {1.0f, -0.3f, -2.0f},
+  const ToneCase cases[] = {{1.0f, 0.0f, 0.0f},   {1.0f, 0.25f, 0.0f},    {0.5f, 0.123456f, 1.0f},
+                            {2.0f, 0.999f, 6.0f}, {1.0f, 1.0f / 3, 3.0f}, {1.0f, -0.3f, -2.0f},
                             {1.0f, 1e-6f, 0.5f}};
   for (const ToneCase& c : cases)
     for (int n : kOddLengths)
@@ -51,7 +51,8 @@ TEST(VecTone, PhaseCarriesOverSoTwoCallsEqualOne) {
     vecTone32fc(parts.data() + split, n - split, 1.0f, f, &phaseParts, VecHintAccurate);
     for (int i = 0; i < n; ++i) ASSERT_LT(std::abs(parts[i] - whole[i]), 2e-6f) << f << " at " << i;
     // The phase left is that of sample n, within [0, 2π).
-    const double expected = std::fmod(1.5 + 2.0 * 3.14159265358979 * static_cast<double>(f) * n, 2.0 * 3.14159265358979);
+    const double expected = std::fmod(1.5 + 2.0 * 3.14159265358979 * static_cast<double>(f) * n,
+                                      2.0 * 3.14159265358979);
     EXPECT_NEAR(phaseWhole, expected, 1e-5) << f;
     EXPECT_GE(phaseParts, 0.0f);
     EXPECT_LT(phaseParts, kTwoPi);

@@ -20,28 +20,28 @@ using Json = nlohmann::json;
 
 class ChildReport {
 public:
-    explicit ChildReport(int fd) : fd_(fd) {}
-    void value(const std::string& key, double v);
-    void fail(const char* file, int line, const std::string& what);
-    int failures() const { return failures_; }
+  explicit ChildReport(int fd) : fd_(fd) {}
+  void value(const std::string& key, double v);
+  void fail(const char* file, int line, const std::string& what);
+  int failures() const { return failures_; }
 
 private:
-    void line(const std::string& text);
-    int fd_;
-    int failures_ = 0;
+  void line(const std::string& text);
+  int fd_;
+  int failures_ = 0;
 };
 
 // A check inside a child; a failure is reported to the parent's test.
 #define CHILD_CHECK(report, cond) ((cond) ? (void)0 : (report).fail(__FILE__, __LINE__, #cond))
 
 struct ChildResult {
-    int exitCode = -1;                    // -1: killed by a signal or the time-out
-    std::vector<std::string> failures;    // "file:line: expression" of failed CHILD_CHECKs
-    std::map<std::string, double> values;
-    std::string stderrText;
+  int exitCode = -1;                  // -1: killed by a signal or the time-out
+  std::vector<std::string> failures;  // "file:line: expression" of failed CHILD_CHECKs
+  std::map<std::string, double> values;
+  std::string stderrText;
 
-    double at(const std::string& key) const;   // NaN if the child did not report it
-    std::string describe() const;               // for assertion messages
+  double at(const std::string& key) const;  // NaN if the child did not report it
+  std::string describe() const;             // for assertion messages
 };
 
 // The serial number of the default simulated device.
@@ -58,14 +58,14 @@ ChildResult runInChild(const std::map<std::string, std::string>& env,
 // A fresh directory under /tmp, removed with its contents at destruction.
 class TempDir {
 public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    std::string path(const std::string& name) const { return dir_ + "/" + name; }
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  std::string path(const std::string& name) const { return dir_ + "/" + name; }
 
 private:
-    std::string dir_;
+  std::string dir_;
 };
 
 std::string readFile(const std::string& path);

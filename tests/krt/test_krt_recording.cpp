@@ -19,192 +19,196 @@ namespace {
 
 // Samples with awkward bit patterns: NaNs with payloads, -0, denormals, infinities.
 std::vector<float> testSamples(size_t count, unsigned seed) {
-    std::mt19937 rng(seed);
-    std::vector<float> iq(2 * count);
-    for (size_t i = 0; i < iq.size(); ++i) {
-        uint32_t bits = rng();
-        if (i % 97 == 5) bits = 0x7fc00123u;   // NaN with a payload
-        if (i % 89 == 7) bits = 0x80000000u;   // -0
-        if (i % 83 == 3) bits = 0x00000001u;   // smallest denormal
-        std::memcpy(&iq[i], &bits, 4);
-    }
-    return iq;
+  std::mt19937 rng(seed);
+  std::vector<float> iq(2 * count);
+  for (size_t i = 0; i < iq.size(); ++i) {
+    uint32_t bits = rng();
+    if (i % 97 == 5) bits = 0x7fc00123u;  // NaN with a payload
+    if (i % 89 == 7) bits = 0x80000000u;  // -0
+    if (i % 83 == 3) bits = 0x00000001u;  // smallest denormal
+    std::memcpy(&iq[i], &bits, 4);
+  }
+  return iq;
 }
 
 }  // namespace
 
 TEST(KrtRecording, HoldsExactlyThePlayedSamples) {
-    const std::vector<int> chunks = {1, 1000, 0, 12345, 777, 4096, 3};
-    size_t total = 0;
-    for (int n : chunks) total += static_cast<size_t>(n);
-    const std::vector<float> iq = testSamples(total, 7);
-    for (const char* speed : {"0", "1"}) {
-        SCOPED_TRACE(std::string("speed ") + speed);
-        TempDir dir;
-        const std::string prefix = dir.path("exact");
-        const ChildResult c = runInChild({{"KRT40_SIM_SPEED", speed}, {"KRT40_SIM_RECORD", prefix}},
-                                         [&](ChildReport& r) {
-            const int h = openDefault(r);
-            CHILD_CHECK(r, krtSetSampleRate(h, 2e6) == 0);
-            size_t at = 0;
-            for (int n : chunks) {
-                CHILD_CHECK(r, krtSubmitIQ(h, iq.data() + 2 * at, n) == 0);
-                at += static_cast<size_t>(n);
-            }
-            CHILD_CHECK(r, krtFlushAndWait(h) == 0);
-            CHILD_CHECK(r, krtCloseDevice(h) == 0);
+  const std::vector<int> chunks = {1, 1000, 0, 12345, 777, 4096, 3};
+  size_t total = 0;
+  for (int n : chunks) total += static_cast<size_t>(n);
+  const std::vector<float> iq = testSamples(total, 7);
+  for (const char* speed : {"0", "1"}) {
+    SCOPED_TRACE(std::string("speed ") + speed);
+    TempDir dir;
+    const std::string prefix = dir.path("exact");
+    const ChildResult c =
+        runInChild({{"KRT40_SIM_SPEED", speed}, {"KRT40_SIM_RECORD", prefix}}, [&](ChildReport& r) {
+          const int h = openDefault(r);
+          CHILD_CHECK(r, krtSetSampleRate(h, 2e6) == 0);
+          size_t at = 0;
+          for (int n : chunks) {
+            CHILD_CHECK(r, krtSubmitIQ(h, iq.data() + 2 * at, n) == 0);
+            at += static_cast<size_t>(n);
+          }
+          CHILD_CHECK(r, krtFlushAndWait(h) == 0);
+          CHILD_CHECK(r, krtCloseDevice(h) == 0);
         });
-        ASSERT_EQ(c.exitCode, 0) << c.describe();
-        const std::string data = readFile(prefix + ".sigmf-data");
-        ASSERT_EQ(data.size(), iq.size() * sizeof(float));
-        EXPECT_EQ(std::memcmp(data.data(), iq.data(), data.size()), 0);
-        const Json meta = readJson(prefix + ".sigmf-meta");
-        const Json& global = meta.at("global");
-        EXPECT_EQ(global.at("core:datatype"), "cf32_le");
-        EXPECT_EQ(global.at("core:version").get<std::string>().substr(0, 2), "1.");
-        EXPECT_EQ(global.at("core:sample_rate"), 2e6);
-        EXPECT_EQ(global.at("core:hw"), "KRT40 (simulated)");
-        EXPECT_TRUE(global.contains("core:recorder"));
-        ASSERT_EQ(meta.at("captures").size(), 1u);
-        EXPECT_EQ(meta["captures"][0]["core:sample_start"], 0);
-        // Tiny chunks at speed 1 may run the queue dry; nothing else is annotated.
-        for (const Json& a : meta.at("annotations")) EXPECT_EQ(a.at("core:label"), "underrun");
-    }
+    ASSERT_EQ(c.exitCode, 0) << c.describe();
+    const std::string data = readFile(prefix + ".sigmf-data");
+    ASSERT_EQ(data.size(), iq.size() * sizeof(float));
+    EXPECT_EQ(std::memcmp(data.data(), iq.data(), data.size()), 0);
+    const Json meta = readJson(prefix + ".sigmf-meta");
+    const Json& global = meta.at("global");
+    EXPECT_EQ(global.at("core:datatype"), "cf32_le");
+    EXPECT_EQ(global.at("core:version").get<std::string>().substr(0, 2), "1.");
+    EXPECT_EQ(global.at("core:sample_rate"), 2e6);
+    EXPECT_EQ(global.at("core:hw"), "KRT40 (simulated)");
+    EXPECT_TRUE(global.contains("core:recorder"));
+    ASSERT_EQ(meta.at("captures").size(), 1u);
+    EXPECT_EQ(meta["captures"][0]["core:sample_start"], 0);
+    // Tiny chunks at speed 1 may run the queue dry; nothing else is annotated.
+    for (const Json& a : meta.at("annotations")) EXPECT_EQ(a.at("core:label"), "underrun");
+  }
 }
 
 TEST(KrtRecording, SegmentsAndTriggersSitAtTheirSamplePositions) {
-    for (const char* speed : {"0", "1"}) {
-        SCOPED_TRACE(std::string("speed ") + speed);
-        TempDir dir;
-        const std::string prefix = dir.path("segments");
-        const std::string events = dir.path("events.jsonl");
-        const ChildResult c = runInChild(
-            {{"KRT40_SIM_SPEED", speed}, {"KRT40_SIM_RECORD", prefix}, {"KRT40_SIM_EVENTS", events},
-             {"KRT40_SIM_QUEUE_MS", "2000"}},
-            [](ChildReport& r) {
-                const int h = openDefault(r);
-                std::vector<float> iq(2 * 2000, 0.5f);
-                // At speed 1 all of this is queued before it plays: the marks travel in the queue.
-                CHILD_CHECK(r, krtSetSampleRate(h, 1e4) == 0);
-                CHILD_CHECK(r, krtSetFrequency(h, 1e9) == 0);
-                CHILD_CHECK(r, krtSetLevel(h, -20) == 0);
-                CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 1000) == 0);   // 0..999
-                CHILD_CHECK(r, krtSetFrequency(h, 2e9) == 0);
-                CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 500) == 0);    // 1000..1499
-                CHILD_CHECK(r, krtSubmitTrigger(h) == 0);
-                CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 300) == 0);    // 1500..1799
-                CHILD_CHECK(r, krtSetLevel(h, -10) == 0);
-                CHILD_CHECK(r, krtSetSampleRate(h, 2e4) == 0);
-                CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 2000) == 0);   // 1800..3799
-                CHILD_CHECK(r, krtSubmitTrigger(h) == 0);
-                CHILD_CHECK(r, krtFlushAndWait(h) == 0);
-                CHILD_CHECK(r, krtSetIQOffset(h, 3, -4) == 0);
-                CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 100) == 0);    // 3800..3899
-                CHILD_CHECK(r, krtFlushAndWait(h) == 0);
-                CHILD_CHECK(r, krtCloseDevice(h) == 0);
-            });
-        ASSERT_EQ(c.exitCode, 0) << c.describe();
-        EXPECT_EQ(readFile(prefix + ".sigmf-data").size(), 3900u * 8);
-        const Json meta = readJson(prefix + ".sigmf-meta");
-        const Json& captures = meta.at("captures");
-        ASSERT_EQ(captures.size(), 4u) << captures.dump(1);
-        const long long starts[] = {0, 1000, 1800, 3800};
-        const double frequencies[] = {1e9, 2e9, 2e9, 2e9};
-        const double levels[] = {-20, -20, -10, -10};
-        const double rates[] = {1e4, 1e4, 2e4, 2e4};
-        for (size_t i = 0; i < 4; ++i) {
-            EXPECT_EQ(captures[i]["core:sample_start"], starts[i]);
-            EXPECT_EQ(captures[i]["core:frequency"], frequencies[i]);
-            EXPECT_EQ(captures[i]["krt40:level_dbm"], levels[i]);
-            EXPECT_EQ(captures[i]["krt40:sample_rate"], rates[i]);
-            for (const char* key : {"krt40:digital_tuning", "krt40:rf_output", "krt40:iq_offset", "krt40:timebase",
-                                    "krt40:timebase_offset_ppm"}) {
-                EXPECT_TRUE(captures[i].contains(key)) << key;
-            }
-        }
-        EXPECT_EQ(captures[3]["krt40:iq_offset"], Json::array({3, -4}));
-        EXPECT_EQ(meta["global"]["core:sample_rate"], 1e4);
-        const auto triggers = annotations(meta, "trigger");
-        ASSERT_EQ(triggers.size(), 2u);
-        EXPECT_EQ(triggers[0]["core:sample_start"], 1500);
-        EXPECT_EQ(triggers[1]["core:sample_start"], 3800);
-        for (const Json& a : meta["annotations"]) EXPECT_TRUE(a.contains("core:sample_count"));
-
-        // The events log: the calls in order, with the header's argument names.
-        const std::vector<Json> lines = readJsonLines(events);
-        std::vector<std::string> calls;
-        double lastT = 0;
-        for (const Json& e : lines) {
-            EXPECT_GE(e.at("t").get<double>(), lastT);
-            lastT = e["t"];
-            if (e["fn"] != "device") calls.push_back(e["fn"]);
-        }
-        const std::vector<std::string> expected = {
-            "krtOpenDeviceBySerial", "krtSetSampleRate", "krtSetFrequency", "krtSetLevel",  "krtSubmitIQ",
-            "krtSetFrequency",       "krtSubmitIQ",      "krtSubmitTrigger", "krtSubmitIQ", "krtSetLevel",
-            "krtSetSampleRate",      "krtSubmitIQ",      "krtSubmitTrigger", "krtFlushAndWait", "krtSetIQOffset",
-            "krtSubmitIQ",           "krtFlushAndWait",  "krtCloseDevice"};
-        EXPECT_EQ(calls, expected);
-        ASSERT_GE(lines.size(), 5u);
-        EXPECT_EQ(lines[0]["args"], Json({{"serialNumber", kSerial}}));
-        EXPECT_FALSE(lines[0].contains("handle"));
-        EXPECT_EQ(lines[0]["out"]["handle"], 0);
-        EXPECT_EQ(lines[0]["ret"], 0);
-        EXPECT_EQ(lines[1]["handle"], 0);
-        EXPECT_EQ(lines[1]["args"], Json({{"sampleRate", 1e4}}));
-        EXPECT_EQ(lines[4]["args"], Json({{"count", 1000}}));
-        // nlohmann::json sorts keys when parsing; the order on disk shows in the raw text.
-        const std::string raw = readFile(events);
-        EXPECT_EQ(raw.rfind("{\"t\":", 0), 0u) << raw.substr(0, 80);
+  for (const char* speed : {"0", "1"}) {
+    SCOPED_TRACE(std::string("speed ") + speed);
+    TempDir dir;
+    const std::string prefix = dir.path("segments");
+    const std::string events = dir.path("events.jsonl");
+    const ChildResult c =
+        runInChild({{"KRT40_SIM_SPEED", speed},
+                    {"KRT40_SIM_RECORD", prefix},
+                    {"KRT40_SIM_EVENTS", events},
+                    {"KRT40_SIM_QUEUE_MS", "2000"}},
+                   [](ChildReport& r) {
+                     const int h = openDefault(r);
+                     std::vector<float> iq(2 * 2000, 0.5f);
+                     // At speed 1 all of this is queued before it plays: the marks travel in the
+                     // queue.
+                     CHILD_CHECK(r, krtSetSampleRate(h, 1e4) == 0);
+                     CHILD_CHECK(r, krtSetFrequency(h, 1e9) == 0);
+                     CHILD_CHECK(r, krtSetLevel(h, -20) == 0);
+                     CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 1000) == 0);  // 0..999
+                     CHILD_CHECK(r, krtSetFrequency(h, 2e9) == 0);
+                     CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 500) == 0);  // 1000..1499
+                     CHILD_CHECK(r, krtSubmitTrigger(h) == 0);
+                     CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 300) == 0);  // 1500..1799
+                     CHILD_CHECK(r, krtSetLevel(h, -10) == 0);
+                     CHILD_CHECK(r, krtSetSampleRate(h, 2e4) == 0);
+                     CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 2000) == 0);  // 1800..3799
+                     CHILD_CHECK(r, krtSubmitTrigger(h) == 0);
+                     CHILD_CHECK(r, krtFlushAndWait(h) == 0);
+                     CHILD_CHECK(r, krtSetIQOffset(h, 3, -4) == 0);
+                     CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 100) == 0);  // 3800..3899
+                     CHILD_CHECK(r, krtFlushAndWait(h) == 0);
+                     CHILD_CHECK(r, krtCloseDevice(h) == 0);
+                   });
+    ASSERT_EQ(c.exitCode, 0) << c.describe();
+    EXPECT_EQ(readFile(prefix + ".sigmf-data").size(), 3900u * 8);
+    const Json meta = readJson(prefix + ".sigmf-meta");
+    const Json& captures = meta.at("captures");
+    ASSERT_EQ(captures.size(), 4u) << captures.dump(1);
+    const long long starts[] = {0, 1000, 1800, 3800};
+    const double frequencies[] = {1e9, 2e9, 2e9, 2e9};
+    const double levels[] = {-20, -20, -10, -10};
+    const double rates[] = {1e4, 1e4, 2e4, 2e4};
+    for (size_t i = 0; i < 4; ++i) {
+      EXPECT_EQ(captures[i]["core:sample_start"], starts[i]);
+      EXPECT_EQ(captures[i]["core:frequency"], frequencies[i]);
+      EXPECT_EQ(captures[i]["krt40:level_dbm"], levels[i]);
+      EXPECT_EQ(captures[i]["krt40:sample_rate"], rates[i]);
+      for (const char* key : {"krt40:digital_tuning", "krt40:rf_output", "krt40:iq_offset",
+                              "krt40:timebase", "krt40:timebase_offset_ppm"}) {
+        EXPECT_TRUE(captures[i].contains(key)) << key;
+      }
     }
+    EXPECT_EQ(captures[3]["krt40:iq_offset"], Json::array({3, -4}));
+    EXPECT_EQ(meta["global"]["core:sample_rate"], 1e4);
+    const auto triggers = annotations(meta, "trigger");
+    ASSERT_EQ(triggers.size(), 2u);
+    EXPECT_EQ(triggers[0]["core:sample_start"], 1500);
+    EXPECT_EQ(triggers[1]["core:sample_start"], 3800);
+    for (const Json& a : meta["annotations"]) EXPECT_TRUE(a.contains("core:sample_count"));
+
+    // The events log: the calls in order, with the header's argument names.
+    const std::vector<Json> lines = readJsonLines(events);
+    std::vector<std::string> calls;
+    double lastT = 0;
+    for (const Json& e : lines) {
+      EXPECT_GE(e.at("t").get<double>(), lastT);
+      lastT = e["t"];
+      if (e["fn"] != "device") calls.push_back(e["fn"]);
+    }
+    const std::vector<std::string> expected = {
+        "krtOpenDeviceBySerial", "krtSetSampleRate", "krtSetFrequency",  "krtSetLevel",
+        "krtSubmitIQ",           "krtSetFrequency",  "krtSubmitIQ",      "krtSubmitTrigger",
+        "krtSubmitIQ",           "krtSetLevel",      "krtSetSampleRate", "krtSubmitIQ",
+        "krtSubmitTrigger",      "krtFlushAndWait",  "krtSetIQOffset",   "krtSubmitIQ",
+        "krtFlushAndWait",       "krtCloseDevice"};
+    EXPECT_EQ(calls, expected);
+    ASSERT_GE(lines.size(), 5u);
+    EXPECT_EQ(lines[0]["args"], Json({{"serialNumber", kSerial}}));
+    EXPECT_FALSE(lines[0].contains("handle"));
+    EXPECT_EQ(lines[0]["out"]["handle"], 0);
+    EXPECT_EQ(lines[0]["ret"], 0);
+    EXPECT_EQ(lines[1]["handle"], 0);
+    EXPECT_EQ(lines[1]["args"], Json({{"sampleRate", 1e4}}));
+    EXPECT_EQ(lines[4]["args"], Json({{"count", 1000}}));
+    // nlohmann::json sorts keys when parsing; the order on disk shows in the raw text.
+    const std::string raw = readFile(events);
+    EXPECT_EQ(raw.rfind("{\"t\":", 0), 0u) << raw.substr(0, 80);
+  }
 }
 
 TEST(KrtRecording, StopsAtTheLimitWhilePlaybackGoesOn) {
-    TempDir dir;
-    const std::string prefix = dir.path("limit");
-    const std::vector<float> iq = testSamples(3000, 3);
-    const ChildResult c = runInChild(
-        {{"KRT40_SIM_SPEED", "0"}, {"KRT40_SIM_RECORD", prefix}, {"KRT40_SIM_RECORD_MAX", "1000"}},
-        [&](ChildReport& r) {
-            const int h = openDefault(r);
-            for (int i = 0; i < 3; ++i) CHILD_CHECK(r, krtSubmitIQ(h, iq.data() + 2000 * i, 1000) == 0);
-            CHILD_CHECK(r, krtSubmitTrigger(h) == 0);   // past the limit: not recorded
-            CHILD_CHECK(r, krtGetUSBStatus(h) == 0);
-            CHILD_CHECK(r, krtCloseDevice(h) == 0);
-        });
-    ASSERT_EQ(c.exitCode, 0) << c.describe();
-    const std::string data = readFile(prefix + ".sigmf-data");
-    ASSERT_EQ(data.size(), 1000u * 8);
-    EXPECT_EQ(std::memcmp(data.data(), iq.data(), data.size()), 0);
-    const Json meta = readJson(prefix + ".sigmf-meta");
-    EXPECT_TRUE(meta.at("annotations").empty());
+  TempDir dir;
+  const std::string prefix = dir.path("limit");
+  const std::vector<float> iq = testSamples(3000, 3);
+  const ChildResult c = runInChild(
+      {{"KRT40_SIM_SPEED", "0"}, {"KRT40_SIM_RECORD", prefix}, {"KRT40_SIM_RECORD_MAX", "1000"}},
+      [&](ChildReport& r) {
+        const int h = openDefault(r);
+        for (int i = 0; i < 3; ++i) CHILD_CHECK(r, krtSubmitIQ(h, iq.data() + 2000 * i, 1000) == 0);
+        CHILD_CHECK(r, krtSubmitTrigger(h) == 0);  // past the limit: not recorded
+        CHILD_CHECK(r, krtGetUSBStatus(h) == 0);
+        CHILD_CHECK(r, krtCloseDevice(h) == 0);
+      });
+  ASSERT_EQ(c.exitCode, 0) << c.describe();
+  const std::string data = readFile(prefix + ".sigmf-data");
+  ASSERT_EQ(data.size(), 1000u * 8);
+  EXPECT_EQ(std::memcmp(data.data(), iq.data(), data.size()), 0);
+  const Json meta = readJson(prefix + ".sigmf-meta");
+  EXPECT_TRUE(meta.at("annotations").empty());
 }
 
 TEST(KrtRecording, SessionsOfOneProcessShareOneRecording) {
-    TempDir dir;
-    const std::string prefix = dir.path("sessions");
-    const std::vector<float> iq = testSamples(150, 11);
-    const ChildResult c = runInChild(
-        {{"KRT40_SIM_SPEED", "0"}, {"KRT40_SIM_RECORD", prefix}, {"KRT40_SIM_DEVICES", "1,2"}},
-        [&](ChildReport& r) {
-            int a = -1, b = -1;
-            CHILD_CHECK(r, krtOpenDeviceBySerial(&a, 1) == 0);
-            CHILD_CHECK(r, krtOpenDeviceBySerial(&b, 2) == 0);   // not recorded: a holds it
-            CHILD_CHECK(r, krtSubmitIQ(a, iq.data(), 100) == 0);
-            CHILD_CHECK(r, krtSubmitIQ(b, iq.data(), 100) == 0);
-            CHILD_CHECK(r, krtCloseDevice(a) == 0);
-            CHILD_CHECK(r, krtCloseDevice(b) == 0);
-            CHILD_CHECK(r, krtOpenDeviceBySerial(&a, 1) == 0);
-            CHILD_CHECK(r, krtSetFrequency(a, 3e9) == 0);
-            CHILD_CHECK(r, krtSubmitIQ(a, iq.data() + 200, 50) == 0);
-            CHILD_CHECK(r, krtCloseDevice(a) == 0);
-        });
-    ASSERT_EQ(c.exitCode, 0) << c.describe();
-    const std::string data = readFile(prefix + ".sigmf-data");
-    ASSERT_EQ(data.size(), 150u * 8);
-    EXPECT_EQ(std::memcmp(data.data(), iq.data(), data.size()), 0);
-    const Json meta = readJson(prefix + ".sigmf-meta");
-    ASSERT_EQ(meta.at("captures").size(), 2u);
-    EXPECT_EQ(meta["captures"][1]["core:sample_start"], 100);
-    EXPECT_EQ(meta["captures"][1]["core:frequency"], 3e9);
+  TempDir dir;
+  const std::string prefix = dir.path("sessions");
+  const std::vector<float> iq = testSamples(150, 11);
+  const ChildResult c = runInChild(
+      {{"KRT40_SIM_SPEED", "0"}, {"KRT40_SIM_RECORD", prefix}, {"KRT40_SIM_DEVICES", "1,2"}},
+      [&](ChildReport& r) {
+        int a = -1, b = -1;
+        CHILD_CHECK(r, krtOpenDeviceBySerial(&a, 1) == 0);
+        CHILD_CHECK(r, krtOpenDeviceBySerial(&b, 2) == 0);  // not recorded: a holds it
+        CHILD_CHECK(r, krtSubmitIQ(a, iq.data(), 100) == 0);
+        CHILD_CHECK(r, krtSubmitIQ(b, iq.data(), 100) == 0);
+        CHILD_CHECK(r, krtCloseDevice(a) == 0);
+        CHILD_CHECK(r, krtCloseDevice(b) == 0);
+        CHILD_CHECK(r, krtOpenDeviceBySerial(&a, 1) == 0);
+        CHILD_CHECK(r, krtSetFrequency(a, 3e9) == 0);
+        CHILD_CHECK(r, krtSubmitIQ(a, iq.data() + 200, 50) == 0);
+        CHILD_CHECK(r, krtCloseDevice(a) == 0);
+      });
+  ASSERT_EQ(c.exitCode, 0) << c.describe();
+  const std::string data = readFile(prefix + ".sigmf-data");
+  ASSERT_EQ(data.size(), 150u * 8);
+  EXPECT_EQ(std::memcmp(data.data(), iq.data(), data.size()), 0);
+  const Json meta = readJson(prefix + ".sigmf-meta");
+  ASSERT_EQ(meta.at("captures").size(), 2u);
+  EXPECT_EQ(meta["captures"][1]["core:sample_start"], 100);
+  EXPECT_EQ(meta["captures"][1]["core:frequency"], 3e9);
 }

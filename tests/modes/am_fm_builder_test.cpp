@@ -25,7 +25,7 @@ TEST(AmBuilder, PeriodLengthAndRateFollowTheHalvingRule) {
   } rows[] = {
       {1.0, 16384.0, 16384},
       {1000.0, 16384000.0, 16384},
-      {3051.7578125, 5e7, 16384},        // S = 5e7 exactly: not above, so not halved
+      {3051.7578125, 5e7, 16384},  // S = 5e7 exactly: not above, so not halved
       {3052.0, 25001984.0, 8192},
       {1e5, 2.56e7, 256},
       {5e6, 4e7, 8},
@@ -38,7 +38,8 @@ TEST(AmBuilder, PeriodLengthAndRateFollowTheHalvingRule) {
     EXPECT_DOUBLE_EQ(period.sampleRate, row.sampleRate);
     EXPECT_LE(period.sampleRate, 5e7);
     // One period of samples lasts one modulation period.
-    EXPECT_NEAR(static_cast<double>(period.length) / period.sampleRate, 1.0 / row.rate, 1e-12 / row.rate);
+    EXPECT_NEAR(static_cast<double>(period.length) / period.sampleRate, 1.0 / row.rate,
+                1e-12 / row.rate);
     for (int shape : allShapes) {
       const Waveform wave = buildAm({row.rate, 30.0, shape});
       EXPECT_EQ(static_cast<int64_t>(wave.samples.size()), row.length) << shapeName(shape);
@@ -78,16 +79,24 @@ TEST(AmBuilder, LandmarksOfTheLongestPeriod) {
     int index;
     double m;  // shape value at the index
   } rows[] = {
-      {ModShapeSine, 0, 0.0},          {ModShapeSine, 4096, 1.0},
-      {ModShapeSine, 8192, 0.0},       {ModShapeSine, 12288, -1.0},
+      {ModShapeSine, 0, 0.0},
+      {ModShapeSine, 4096, 1.0},
+      {ModShapeSine, 8192, 0.0},
+      {ModShapeSine, 12288, -1.0},
       {ModShapeSine, 2048, std::sqrt(0.5)},
-      {ModShapeSquare, 0, 1.0},        {ModShapeSquare, 8191, 1.0},
-      {ModShapeSquare, 8192, -1.0},    {ModShapeSquare, 16383, -1.0},
-      {ModShapeTriangle, 0, -1.0},     {ModShapeTriangle, 4096, 0.0},
-      {ModShapeTriangle, 8192, 1.0},   {ModShapeTriangle, 12288, 0.0},
+      {ModShapeSquare, 0, 1.0},
+      {ModShapeSquare, 8191, 1.0},
+      {ModShapeSquare, 8192, -1.0},
+      {ModShapeSquare, 16383, -1.0},
+      {ModShapeTriangle, 0, -1.0},
+      {ModShapeTriangle, 4096, 0.0},
+      {ModShapeTriangle, 8192, 1.0},
+      {ModShapeTriangle, 12288, 0.0},
       {ModShapeTriangle, 16383, 1.0 / 4096 - 1.0},
-      {ModShapeRamp, 0, -1.0},         {ModShapeRamp, 4096, -0.5},
-      {ModShapeRamp, 8192, 0.0},       {ModShapeRamp, 16383, 16383.0 / 8192 - 1.0},
+      {ModShapeRamp, 0, -1.0},
+      {ModShapeRamp, 4096, -0.5},
+      {ModShapeRamp, 8192, 0.0},
+      {ModShapeRamp, 16383, 16383.0 / 8192 - 1.0},
   };
   for (const auto& row : rows) {
     const Waveform wave = buildAm({1.0, 30.0, row.shape});
@@ -107,8 +116,8 @@ TEST(AmBuilder, SamplesAreTheFormulaRoundedToFloat) {
       int mismatches = 0;
       for (int i = 0; i < n; ++i) {
         const int t = i < h ? i : n - i;
-        const double m = shape == ModShapeSine     ? std::sin(i * 2 * pi / n)
-                         : shape == ModShapeSquare ? (i < h ? 1.0 : -1.0)
+        const double m = shape == ModShapeSine       ? std::sin(i * 2 * pi / n)
+                         : shape == ModShapeSquare   ? (i < h ? 1.0 : -1.0)
                          : shape == ModShapeTriangle ? static_cast<double>(t) / q - 1.0
                                                      : static_cast<double>(i) / h - 1.0;
         const float expected = static_cast<float>(m * 0.32 + 0.5);
@@ -189,14 +198,14 @@ TEST(FmBuilder, PeriodLengthRateAndDoubling) {
     double sampleRate;
     size_t buffer;
   } rows[] = {
-      {1e7, 1e4, 2, 2e7, 1024},        // W 3e7, N 3 made 2, 9 doublings
+      {1e7, 1e4, 2, 2e7, 1024},  // W 3e7, N 3 made 2, 9 doublings
       {1000.0, 1000.0, 3000, 3e6, 3000},
       {1000.0, 1e6, 3000, 3e6, 3000},  // m is the smaller of the two
       {1.0, 1.0, 3000, 3000.0, 3000},
       {1.0, 1000.0, 3000, 3000.0, 3000},
       {1000.0, 1.0, 2, 2000.0, 1024},
-      {1e5, 1e3, 30, 3e6, 1920},       // 30, 60, ..., 1920
-      {1e7, 1e7, 4, 4e7, 1024},        // W limited to 5e7: N 5 made 4
+      {1e5, 1e3, 30, 3e6, 1920},  // 30, 60, ..., 1920
+      {1e7, 1e7, 4, 4e7, 1024},   // W limited to 5e7: N 5 made 4
       {1e6, 1e7, 50, 5e7, 1600},
       {3e4, 3e4, 1666, 4.998e7, 1666},
       // The arithmetic in its order: 3.3 x 3.0 x 1000.0 / 3.3 is 2999.9999999999995,
@@ -251,7 +260,8 @@ TEST(FmBuilder, PeakDeviationFromTheInstantaneousFrequency) {
         sum += f;
       }
       // The ramp's -1 is its step at the wrap, so within the period it peaks at 1 - 1/h.
-      const double expected = shape == ModShapeRamp ? setting.deviation * (1.0 - 1.0 / 1500) : setting.deviation;
+      const double expected =
+          shape == ModShapeRamp ? setting.deviation * (1.0 - 1.0 / 1500) : setting.deviation;
       EXPECT_NEAR(peak, expected, 1e-4 * setting.deviation);
       EXPECT_LT(worstMagnitude, 1e-4);
       if (shape != ModShapeRamp) {
@@ -278,7 +288,8 @@ TEST(FmBuilder, TheWrapContinuesTheModulation) {
   for (const auto& row : rows) {
     const Waveform wave = buildFm({rate, deviation, row.shape});
     const Sample last = wave.samples[wave.samples.size() - 1];
-    EXPECT_NEAR(instantaneousHz(last, wave.samples[0], wave.sampleRate), row.wrapHz, 1e-3 * deviation)
+    EXPECT_NEAR(instantaneousHz(last, wave.samples[0], wave.sampleRate), row.wrapHz,
+                1e-3 * deviation)
         << shapeName(row.shape);
   }
 }
@@ -313,12 +324,13 @@ TEST(FmBuilder, IsTheFloatProductChainWithoutRenormalisation) {
     int differ = 0;
     for (int i = 0; i < n; ++i) {
       const int t = i < h ? i : n - i;
-      const double m = shape == ModShapeSine     ? std::sin(i * 2 * pi / n)
-                       : shape == ModShapeSquare ? (i < h ? 1.0 : -1.0)
+      const double m = shape == ModShapeSine       ? std::sin(i * 2 * pi / n)
+                       : shape == ModShapeSquare   ? (i < h ? 1.0 : -1.0)
                        : shape == ModShapeTriangle ? static_cast<double>(t) / q - 1.0
                                                    : static_cast<double>(i) / h - 1.0;
       const float f = static_cast<float>(m * a);
-      const std::complex<float> z(static_cast<float>(std::cos(2 * pi * f)), static_cast<float>(std::sin(2 * pi * f)));
+      const std::complex<float> z(static_cast<float>(std::cos(2 * pi * f)),
+                                  static_cast<float>(std::sin(2 * pi * f)));
       y = i == 0 ? z : y * z;
       if (wave.samples[i] != y) ++differ;
     }
@@ -329,7 +341,8 @@ TEST(FmBuilder, IsTheFloatProductChainWithoutRenormalisation) {
       double m = 0.0;
       modShapeValue(shape, i, n, m);
       phase += 2 * pi * static_cast<double>(static_cast<float>(m * a));
-      worst = std::max(worst, std::abs(std::complex<double>(wave.samples[i]) - std::polar(1.0, phase)));
+      worst =
+          std::max(worst, std::abs(std::complex<double>(wave.samples[i]) - std::polar(1.0, phase)));
     }
     EXPECT_LT(worst, 1e-3) << shapeName(shape);
   }

@@ -31,14 +31,16 @@ std::vector<std::pair<QString, QWidget*>> formRows(ModeWidget& view) {
   if (!form) return rows;
   for (int r = 0; r < form->rowCount(); ++r) {
     auto* label = qobject_cast<QLabel*>(form->itemAt(r, QFormLayout::LabelRole)->widget());
-    rows.emplace_back(label ? label->text() : QString(), form->itemAt(r, QFormLayout::FieldRole)->widget());
+    rows.emplace_back(label ? label->text() : QString(),
+                      form->itemAt(r, QFormLayout::FieldRole)->widget());
   }
   return rows;
 }
 
 QStringList itemTexts(MyComboBox* combo) {
   QStringList texts;
-  for (int i = 0; i < combo->count(); ++i) texts << combo->itemText(i) + "=" + combo->itemData(i).toString();
+  for (int i = 0; i < combo->count(); ++i)
+    texts << combo->itemText(i) + "=" + combo->itemData(i).toString();
   return texts;
 }
 
@@ -48,11 +50,13 @@ TEST(ModeViewAM, FormConstructionAndDefaults) {
   EXPECT_EQ(view.modeIndex(), 1);
   const auto rows = formRows(view);
   ASSERT_EQ(rows.size(), 4u);
-  EXPECT_EQ(rows[0], std::make_pair(QString("Enabled"), static_cast<QWidget*>(view.enabledCheck())));
+  EXPECT_EQ(rows[0],
+            std::make_pair(QString("Enabled"), static_cast<QWidget*>(view.enabledCheck())));
   EXPECT_EQ(rows[1], std::make_pair(QString("Rate"), static_cast<QWidget*>(view.rateEdit())));
   EXPECT_EQ(rows[2], std::make_pair(QString("Depth(%)"), static_cast<QWidget*>(view.depthEdit())));
   EXPECT_EQ(rows[3], std::make_pair(QString("Shape"), static_cast<QWidget*>(view.shapeCombo())));
-  EXPECT_EQ(itemTexts(view.shapeCombo()), QStringList({"Sine=0", "Square=1", "Triangle=2", "Ramp=3"}));
+  EXPECT_EQ(itemTexts(view.shapeCombo()),
+            QStringList({"Sine=0", "Square=1", "Triangle=2", "Ramp=3"}));
 
   // Construction values; the constructor does not apply the defaults.
   EXPECT_EQ(view.rate(), 1000.0);
@@ -142,9 +146,11 @@ TEST(ModeViewFM, FormConstructionAndDefaults) {
   ASSERT_EQ(rows.size(), 4u);
   EXPECT_EQ(rows[0].first, "Enabled");
   EXPECT_EQ(rows[1], std::make_pair(QString("Rate"), static_cast<QWidget*>(view.rateEdit())));
-  EXPECT_EQ(rows[2], std::make_pair(QString("Deviation"), static_cast<QWidget*>(view.deviationEdit())));
+  EXPECT_EQ(rows[2],
+            std::make_pair(QString("Deviation"), static_cast<QWidget*>(view.deviationEdit())));
   EXPECT_EQ(rows[3], std::make_pair(QString("Shape"), static_cast<QWidget*>(view.shapeCombo())));
-  EXPECT_EQ(itemTexts(view.shapeCombo()), QStringList({"Sine=0", "Square=1", "Triangle=2", "Ramp=3"}));
+  EXPECT_EQ(itemTexts(view.shapeCombo()),
+            QStringList({"Sine=0", "Square=1", "Triangle=2", "Ramp=3"}));
   EXPECT_EQ(view.rate(), 1000.0);
   EXPECT_EQ(view.deviation(), 1000.0);
   EXPECT_EQ(view.shape(), ModShapeSine);
@@ -171,7 +177,11 @@ TEST(ModeViewFM, RateAndDeviationStayWithinAFactorOfAThousand) {
       {"rate 1 with deviation 1e7 lowers it to 1000", {{false, 1e7}, {true, 1.0}}, 1.0, 1000.0, 2},
       {"deviation 1e7 pulls the rate up to 1e4", {{false, 1e7}}, 1e4, 1e7, 2},
       {"deviation 2e6 at rate 1 pulls it to 2000", {{true, 1.0}, {false, 2e6}}, 2000.0, 2e6, 2},
-      {"deviation 0.5 is 1 and pulls rate 2000 to 1000", {{true, 2000.0}, {false, 0.5}}, 1000.0, 1.0, 2},
+      {"deviation 0.5 is 1 and pulls rate 2000 to 1000",
+       {{true, 2000.0}, {false, 0.5}},
+       1000.0,
+       1.0,
+       2},
       {"deviation clamped to 1e7", {{true, 1e7}, {false, 5e7}}, 1e7, 1e7, 1},
       {"rate clamped to 1", {{true, -3.0}}, 1.0, 1000.0, 1},
       {"NaN rate keeps the rate", {{true, nan}}, 1000.0, 1000.0, 1},
@@ -231,7 +241,8 @@ TEST(ModeViewFM, ShapeSlots) {
 class AmFmPresetTest : public ::testing::Test {
 protected:
   QString file(const QString& name) { return dir.filePath(name); }
-  void write(const QString& path, const QString& group, const std::vector<std::pair<QString, QVariant>>& keys) {
+  void write(const QString& path, const QString& group,
+             const std::vector<std::pair<QString, QVariant>>& keys) {
     QSettings s(path, QSettings::IniFormat);
     s.beginGroup(group);
     for (const auto& [key, value] : keys) s.setValue(key, value);
@@ -298,7 +309,10 @@ TEST_F(AmFmPresetTest, LoadClampsKeepsMissingKeysAndIgnoresUnknownShapes) {
       {"shape 7 leaves the combo", {{"Shape", 7}}, 500.0, 20.0, ModShapeTriangle},
       {"shape -1 leaves the combo", {{"Shape", -1}}, 500.0, 20.0, ModShapeTriangle},
       {"shape 1 selects Square", {{"Shape", 1}}, 500.0, 20.0, ModShapeSquare},
-      {"garbage reads as 0, then clamps", {{"Rate", "fast"}, {"Depth", "deep"}, {"Shape", "x"}}, 1.0, 0.0,
+      {"garbage reads as 0, then clamps",
+       {{"Rate", "fast"}, {"Depth", "deep"}, {"Shape", "x"}},
+       1.0,
+       0.0,
        ModShapeSine},
   };
   int n = 0;
@@ -332,7 +346,10 @@ TEST_F(AmFmPresetTest, FmLoadGoesThroughTheCoupling) {
       {"missing keys keep the values", {}, 1000.0, 1000.0, ModShapeSine},
       {"a consistent pair", {{"Rate", 20.0}, {"Deviation", 15000.0}}, 20.0, 15000.0, ModShapeSine},
       // "Rate" first through setRate, then "Deviation" pulls the rate into its window.
-      {"rate 5 then deviation 1e6 pulls the rate to 1000", {{"Rate", 5.0}, {"Deviation", 1e6}}, 1000.0, 1e6,
+      {"rate 5 then deviation 1e6 pulls the rate to 1000",
+       {{"Rate", 5.0}, {"Deviation", 1e6}},
+       1000.0,
+       1e6,
        ModShapeSine},
       {"deviation alone pulls the rate", {{"Deviation", 1e7}}, 1e4, 1e7, ModShapeSine},
       {"deviation clamped to 1", {{"Deviation", 0.0}}, 1000.0, 1.0, ModShapeSine},

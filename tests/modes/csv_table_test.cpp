@@ -18,9 +18,10 @@ TEST(CsvTable, ReadsFieldsAsTheyStandAndFallsBackBeyondALine) {
     double number;  // fallback 99
     QString text;   // fallback "none"
   };
-  for (const Cell& c : {Cell{0, 1, -2, "-2"}, Cell{0, 2, 99, "none"}, Cell{1, 0, 0, ""}, Cell{1, 2, 0, ""},
-                        Cell{2, 0, 0, ""}, Cell{3, 0, 0, "abc"}, Cell{3, 1, 4000, " 4e3 "}, Cell{4, 0, 7, "7"},
-                        Cell{5, 0, 99, "none"}, Cell{-1, 0, 99, "none"}}) {
+  for (const Cell& c :
+       {Cell{0, 1, -2, "-2"}, Cell{0, 2, 99, "none"}, Cell{1, 0, 0, ""}, Cell{1, 2, 0, ""},
+        Cell{2, 0, 0, ""}, Cell{3, 0, 0, "abc"}, Cell{3, 1, 4000, " 4e3 "}, Cell{4, 0, 7, "7"},
+        Cell{5, 0, 99, "none"}, Cell{-1, 0, 99, "none"}}) {
     EXPECT_DOUBLE_EQ(table.number(c.row, c.column, 99), c.number) << c.row << "," << c.column;
     EXPECT_EQ(table.text(c.row, c.column, "none"), c.text) << c.row << "," << c.column;
   }

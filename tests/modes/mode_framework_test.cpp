@@ -13,7 +13,7 @@
 namespace {
 
 class TestView : public ModeWidget {
- public:
+public:
   TestView(const QString& name, int index, bool addSpacer = true)
       : ModeWidget(name, index, nullptr, addSpacer) {}
   MyFormLayout* form() const { return formLayout; }

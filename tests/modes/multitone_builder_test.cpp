@@ -18,7 +18,8 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-MultitoneSettings comb(int count, double spacingHz, int phase = MultiTonePhaseParabolic, double notchHz = 0.0) {
+MultitoneSettings comb(int count, double spacingHz, int phase = MultiTonePhaseParabolic,
+                       double notchHz = 0.0) {
   MultitoneSettings s;
   s.toneCount = count;
   s.spacingHz = spacingHz;
@@ -60,7 +61,8 @@ TEST(MultitoneBuilder, RateLengthAndFrequencies) {
     const double periods = double(grid.length) * row.spacing / grid.sampleRate;
     EXPECT_EQ(periods, std::round(periods));
     const std::vector<float> f = multitoneFrequencies(grid, row.count, row.spacing);
-    for (size_t i = 0; i < row.cyclesPerSample.size(); ++i) EXPECT_EQ(f[i], float(row.cyclesPerSample[i])) << i;
+    for (size_t i = 0; i < row.cyclesPerSample.size(); ++i)
+      EXPECT_EQ(f[i], float(row.cyclesPerSample[i])) << i;
   }
 }
 
@@ -75,7 +77,8 @@ TEST(MultitoneBuilder, PhaseLaws) {
   std::vector<float> random(300);
   vecRandUniform32f(random.data(), 300, 0.0f, 6.2831855f, 77u);
   EXPECT_EQ(multitonePhases(MultiTonePhaseRandom, 300, 77), random);
-  for (int law : {int(MultiTonePhaseFixed), 7}) EXPECT_EQ(multitonePhases(law, 3, 1), std::vector<float>(3, 0.0f));
+  for (int law : {int(MultiTonePhaseFixed), 7})
+    EXPECT_EQ(multitonePhases(law, 3, 1), std::vector<float>(3, 0.0f));
 }
 
 // The comb as an analyser sees it: the expected tones on the spacing's grid, all within
@@ -133,10 +136,12 @@ TEST(MultitoneBuilder, SpectrumHoldsEqualTonesOnTheGrid) {
 TEST(MultitoneBuilder, NotchOverEveryToneLeavesZerosAndAnInfiniteCorrection) {
   for (double notch : {3e6, 2.000001e6, HUGE_VAL}) {
     SCOPED_TRACE(notch);
-    for (const Waveform& wave : {buildMultitone(comb(3, 1e6, MultiTonePhaseParabolic, notch)),
-                                 buildMultitoneDirect(comb(3, 1e6, MultiTonePhaseParabolic, notch))}) {
+    for (const Waveform& wave :
+         {buildMultitone(comb(3, 1e6, MultiTonePhaseParabolic, notch)),
+          buildMultitoneDirect(comb(3, 1e6, MultiTonePhaseParabolic, notch))}) {
       ASSERT_EQ(wave.samples.size(), 2048u);
-      EXPECT_TRUE(std::all_of(wave.samples.begin(), wave.samples.end(), [](Sample v) { return v == Sample(); }));
+      EXPECT_TRUE(std::all_of(wave.samples.begin(), wave.samples.end(),
+                              [](Sample v) { return v == Sample(); }));
       EXPECT_EQ(wave.levelOffsetDb, -HUGE_VAL);
     }
   }
@@ -146,8 +151,9 @@ TEST(MultitoneBuilder, NotchOverEveryToneLeavesZerosAndAnInfiniteCorrection) {
 // of a period must give the samples of tone-by-tone synthesis within float rounding. (Elsewhere
 // those frequencies are rounded, and the synthesis drifts from the exact grid.)
 TEST(MultitoneBuilder, AgreesWithToneByToneSynthesis) {
-  std::vector<MultitoneSettings> dyadic = {comb(7, 1e5, MultiTonePhaseParabolic, 1e5 + 1),  // centre notched
-                                           comb(13, 1e3, MultiTonePhaseRandom, 4.5e3)};     // five notched
+  std::vector<MultitoneSettings> dyadic = {
+      comb(7, 1e5, MultiTonePhaseParabolic, 1e5 + 1),  // centre notched
+      comb(13, 1e3, MultiTonePhaseRandom, 4.5e3)};     // five notched
   for (int count : {1, 2, 3, 4, 7, 13, 26, 51})
     for (int law : {MultiTonePhaseFixed, MultiTonePhaseRandom, MultiTonePhaseParabolic})
       dyadic.push_back(comb(count, 1e6 / count, law));
@@ -167,15 +173,17 @@ TEST(MultitoneBuilder, AgreesWithToneByToneSynthesis) {
 TEST(MultitoneBuilder, SettingsWithoutACombBuildNothing) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   for (const MultitoneSettings& s :
-       {comb(0, 1e6), comb(INT_MIN, 1e6), comb(3, 0.0), comb(4, -1e6) /* the search would never end */,
-        comb(3, nan), comb(3, HUGE_VAL), comb(4, 5e-324) /* D / 2 is 0 */, comb(3, 1e308), comb(100000, 1.0),
-        comb(INT_MAX, 1e4)}) {
+       {comb(0, 1e6), comb(INT_MIN, 1e6), comb(3, 0.0),
+        comb(4, -1e6) /* the search would never end */, comb(3, nan), comb(3, HUGE_VAL),
+        comb(4, 5e-324) /* D / 2 is 0 */, comb(3, 1e308), comb(100000, 1.0), comb(INT_MAX, 1e4)}) {
     SCOPED_TRACE(name(s));
     EXPECT_TRUE(buildMultitone(s).samples.empty());
     EXPECT_TRUE(buildMultitoneDirect(s).samples.empty());
   }
-  EXPECT_EQ(buildMultitone(comb(3, 1e6, 0, nan)).levelOffsetDb, buildMultitone(comb(3, 1e6, 0)).levelOffsetDb);
-  EXPECT_FALSE(buildMultitone(comb(5000, 1e5)).samples.empty());  // beyond the slots' limits, as it stands
+  EXPECT_EQ(buildMultitone(comb(3, 1e6, 0, nan)).levelOffsetDb,
+            buildMultitone(comb(3, 1e6, 0)).levelOffsetDb);
+  EXPECT_FALSE(
+      buildMultitone(comb(5000, 1e5)).samples.empty());  // beyond the slots' limits, as it stands
 }
 
 // Show, a percentage every N / 20 tones that aren't notched, hide; nothing up to 200 tones;
@@ -204,8 +212,9 @@ TEST(MultitoneBuilder, ProgressBracketsLongBuilds) {
       SCOPED_TRACE(row.expected);
       std::string log;
       int polls = 0;
-      MultitoneProgress progress{[&] { log += "show "; }, [&](int p) { log += std::to_string(p) + " "; },
-                                 [&] { log += "hide"; }, [&] { return row.polls < 0 || polls++ < row.polls; }};
+      MultitoneProgress progress{
+          [&] { log += "show "; }, [&](int p) { log += std::to_string(p) + " "; },
+          [&] { log += "hide"; }, [&] { return row.polls < 0 || polls++ < row.polls; }};
       EXPECT_EQ(build(row.settings, progress).samples.empty(), row.polls >= 0);
       EXPECT_EQ(log, row.expected);
     }

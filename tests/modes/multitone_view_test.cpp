@@ -33,10 +33,12 @@ protected:
 
 TEST_F(MultitoneViewTest, FormAndConstruction) {
   auto* form = view.findChild<MyFormLayout*>();
-  const QStringList labels = {"Enabled", "Tone Phase", "Seed", "Tone Count", "Freq Spacing", "Notch Width"};
+  const QStringList labels = {"Enabled",    "Tone Phase",   "Seed",
+                              "Tone Count", "Freq Spacing", "Notch Width"};
   ASSERT_EQ(form->rowCount(), labels.size());
   for (int row = 0; row < labels.size(); ++row)
-    EXPECT_EQ(qobject_cast<QLabel*>(form->itemAt(row, QFormLayout::LabelRole)->widget())->text(), labels[row]);
+    EXPECT_EQ(qobject_cast<QLabel*>(form->itemAt(row, QFormLayout::LabelRole)->widget())->text(),
+              labels[row]);
   auto* combo = view.findChild<MyComboBox*>();
   for (int i = 0; i < 3; ++i) EXPECT_EQ(combo->itemData(i).toInt(), i);
   EXPECT_EQ(combo->currentText(), "Fixed");
@@ -58,7 +60,7 @@ TEST_F(MultitoneViewTest, SlotsClampAndKeepTheProductWithin40MHz) {
       {[](auto& v) { v.setToneCount(0); }, 1, 1e6, 0},
       {[](auto& v) { v.setToneCount(41); }, 40, 1e6, 0},
       {[](auto& v) { v.setFreqSpacing(1e5); }, 40, 1e5, 0},
-      {[](auto& v) { v.setToneCount(4001); }, 400, 1e5, 0},  // reduced by the spacing
+      {[](auto& v) { v.setToneCount(4001); }, 400, 1e5, 0},   // reduced by the spacing
       {[](auto& v) { v.setFreqSpacing(3e7); }, 400, 1e5, 0},  // 2e7, then 4e7 / 400
       {[](auto& v) { v.setToneCount(3); }, 3, 1e5, 0},
       {[](auto& v) { v.setFreqSpacing(3e7); }, 3, 4e7 / 3, 0},
@@ -92,12 +94,14 @@ TEST_F(MultitoneViewTest, DefaultsFollowThePresentSpacingAndSeedFollowsTheLaw) {
     EXPECT_GE(updated.count(), 5);
     EXPECT_TRUE(view.enabledCheck()->isChecked());
   }
-  for (const auto& [law, enabled] : {std::pair{MultiTonePhaseRandom, true}, {MultiTonePhaseFixed, false}}) {
+  for (const auto& [law, enabled] :
+       {std::pair{MultiTonePhaseRandom, true}, {MultiTonePhaseFixed, false}}) {
     view.setPhase(law);
     EXPECT_EQ(view.settings().phase, law);
     EXPECT_EQ(seedEnabled(), enabled);
   }
-  view.findChild<MyComboBox*>()->setCurrentIndex(1);  // the user's choice goes through setPhasePrivate
+  view.findChild<MyComboBox*>()->setCurrentIndex(
+      1);  // the user's choice goes through setPhasePrivate
   EXPECT_TRUE(seedEnabled());
   EXPECT_EQ(view.phase(), MultiTonePhaseRandom);
 }

@@ -52,10 +52,12 @@ TEST(PulseBuilder, LayoutOfThePeriod) {
 
     const std::vector<Sample> s = toVector(buildPulse({c.width, c.period, TriggerSingle}));
     ASSERT_EQ(int64_t(s.size()), c.length);
-    for (size_t i = 0; i < c.head.size(); ++i) EXPECT_EQ(s[i], Sample(c.head[i], 0.0f)) << "sample " << i;
+    for (size_t i = 0; i < c.head.size(); ++i)
+      EXPECT_EQ(s[i], Sample(c.head[i], 0.0f)) << "sample " << i;
     // On from the edge to n + r - 1, raised-cosine edge mirrored at the end, zero after.
     const int64_t body = c.n + c.edges;
-    for (int64_t i = c.edges; i < std::min(body - c.edges, c.length); ++i) ASSERT_EQ(s[i], Sample(1, 0)) << i;
+    for (int64_t i = c.edges; i < std::min(body - c.edges, c.length); ++i)
+      ASSERT_EQ(s[i], Sample(1, 0)) << i;
     if (c.edges == 2) {
       EXPECT_EQ(s[body - 2], Sample(0.5f, 0));
       EXPECT_EQ(s[body - 1], Sample(0, 0));
@@ -98,9 +100,12 @@ TEST(PulseBuilder, WidthAndPeriodMeasuredFromTheEnvelope) {
 }
 
 TEST(PulseBuilder, NoSamplesWithoutAWholeSample) {
-  for (const PulseSettings& s : std::vector<PulseSettings>{
-           {1e-8, 1e-6, TriggerContinuous}, {0, 1e-3, TriggerContinuous}, {-1e-3, 1e-3, TriggerContinuous},
-           {nan, 1e-3, TriggerContinuous}, {1e-3, nan, TriggerContinuous}, {1e-3, 0, TriggerContinuous}}) {
+  for (const PulseSettings& s : std::vector<PulseSettings>{{1e-8, 1e-6, TriggerContinuous},
+                                                           {0, 1e-3, TriggerContinuous},
+                                                           {-1e-3, 1e-3, TriggerContinuous},
+                                                           {nan, 1e-3, TriggerContinuous},
+                                                           {1e-3, nan, TriggerContinuous},
+                                                           {1e-3, 0, TriggerContinuous}}) {
     EXPECT_TRUE(buildPulse(s).samples.empty()) << s.widthSeconds << " " << s.periodSeconds;
   }
 }
@@ -154,7 +159,8 @@ TEST(RampSweepBuilder, SamplesAreThoseOfTheSerialRecursion) {
     EXPECT_EQ(wave.levelOffsetDb, 0.0);
     const std::vector<Sample> expected = referenceRamp(c.span, c.sweepTime, c.period);
     ASSERT_EQ(wave.samples.size(), int64_t(expected.size()));
-    EXPECT_EQ(std::memcmp(wave.samples.data(), expected.data(), expected.size() * sizeof(Sample)), 0);
+    EXPECT_EQ(std::memcmp(wave.samples.data(), expected.data(), expected.size() * sizeof(Sample)),
+              0);
   }
 }
 
@@ -185,16 +191,19 @@ TEST(RampSweepBuilder, InstantaneousFrequencyRunsAcrossTheSpan) {
   } cases[] = {{2e7, 1e-3}, {4e7, 1e-4}, {1e6, 2e-5}, {1e3, 1e-3}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.span);
-    const std::vector<Sample> s = toVector(buildRampSweep({c.span, c.sweepTime, c.sweepTime, TriggerContinuous}));
+    const std::vector<Sample> s =
+        toVector(buildRampSweep({c.span, c.sweepTime, c.sweepTime, TriggerContinuous}));
     const auto frequencyAt = [&](size_t k) {
-      return std::arg(std::complex<double>(s[k + 1]) * std::conj(std::complex<double>(s[k]))) * 5e7 / (2 * pi);
+      return std::arg(std::complex<double>(s[k + 1]) * std::conj(std::complex<double>(s[k]))) *
+             5e7 / (2 * pi);
     };
     const size_t K = s.size();
     const double step = c.span / double(K);
     // Between samples k and k + 1 the frequency is -span / 2 + k x span / K: from -span / 2 at
     // the start to span / 2 - 2 steps at the last pair. Float samples carry phase noise of
     // about 1e-7 rad, a hertz or so at 5e7.
-    for (size_t k : {size_t(0), K / 4, K / 2, K - 2}) EXPECT_NEAR(frequencyAt(k), -c.span / 2 + k * step, 20.0) << k;
+    for (size_t k : {size_t(0), K / 4, K / 2, K - 2})
+      EXPECT_NEAR(frequencyAt(k), -c.span / 2 + k * step, 20.0) << k;
   }
 }
 
@@ -203,10 +212,13 @@ TEST(RampSweepBuilder, StopsWhenTheRunFlagFallsAndRefusesEmptySweeps) {
   EXPECT_TRUE(buildRampSweep({2e7, 1e-3, 1e-3, TriggerContinuous}, &running).samples.empty());
   running = true;
   EXPECT_EQ(buildRampSweep({2e7, 1e-3, 1e-3, TriggerContinuous}, &running).samples.size(), 50000);
-  for (const RampSweepSettings& s : std::vector<RampSweepSettings>{
-           {2e7, 0, 1e-3, TriggerContinuous}, {2e7, 1e-3, 0, TriggerContinuous}, {nan, 1e-3, 1e-3, TriggerContinuous},
-           {2e7, nan, 1e-3, TriggerContinuous}}) {
-    EXPECT_TRUE(buildRampSweep(s).samples.empty()) << s.spanHz << " " << s.sweepTimeSeconds << " " << s.periodSeconds;
+  for (const RampSweepSettings& s :
+       std::vector<RampSweepSettings>{{2e7, 0, 1e-3, TriggerContinuous},
+                                      {2e7, 1e-3, 0, TriggerContinuous},
+                                      {nan, 1e-3, 1e-3, TriggerContinuous},
+                                      {2e7, nan, 1e-3, TriggerContinuous}}) {
+    EXPECT_TRUE(buildRampSweep(s).samples.empty())
+        << s.spanHz << " " << s.sweepTimeSeconds << " " << s.periodSeconds;
   }
   // A sweep longer than the period is cut to the period.
   EXPECT_EQ(buildRampSweep({2e7, 2e-5, 1e-5, TriggerContinuous}).samples.size(), 500);
@@ -223,14 +235,29 @@ TEST(StepSweepPlan, PointsLevelsAndDwell) {
     int64_t dwell;
   } cases[] = {
       {"two points alternate between start and stop",
-       {1e9, 2e9, 2, -10, -30, 1e-3, TriggerContinuous, StepSweepFreq}, -7.5, {1e9, 2e9}, {-7.5, -7.5}, 50000},
+       {1e9, 2e9, 2, -10, -30, 1e-3, TriggerContinuous, StepSweepFreq},
+       -7.5,
+       {1e9, 2e9},
+       {-7.5, -7.5},
+       50000},
       {"stop below start sweeps downwards",
-       {3e9, 1e9, 5, -10, -30, 1e-6, TriggerSingle, StepSweepFreqAmplitude}, -7.5,
-       {3e9, 2.5e9, 2e9, 1.5e9, 1e9}, {-10, -15, -20, -25, -30}, 50},
+       {3e9, 1e9, 5, -10, -30, 1e-6, TriggerSingle, StepSweepFreqAmplitude},
+       -7.5,
+       {3e9, 2.5e9, 2e9, 1.5e9, 1e9},
+       {-10, -15, -20, -25, -30},
+       50},
       {"one point counts as two",
-       {1e9, 2e9, 1, 0, 10, 10.0, TriggerContinuous, StepSweepFreqAmplitude}, 0, {1e9, 2e9}, {0, 10}, 500000000},
+       {1e9, 2e9, 1, 0, 10, 10.0, TriggerContinuous, StepSweepFreqAmplitude},
+       0,
+       {1e9, 2e9},
+       {0, 10},
+       500000000},
       {"a dwell without a whole sample plans none",
-       {1e9, 2e9, 3, 0, 0, 1e-9, TriggerContinuous, StepSweepFreq}, -20, {1e9, 1.5e9, 2e9}, {-20, -20, -20}, 0},
+       {1e9, 2e9, 3, 0, 0, 1e-9, TriggerContinuous, StepSweepFreq},
+       -20,
+       {1e9, 1.5e9, 2e9},
+       {-20, -20, -20},
+       0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

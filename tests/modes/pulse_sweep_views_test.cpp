@@ -31,7 +31,8 @@ QStringList formLabels(ModeWidget& view) {
 
 QStringList comboItems(QComboBox* box) {
   QStringList items;
-  for (int i = 0; i < box->count(); ++i) items << box->itemText(i) + "=" + box->itemData(i).toString();
+  for (int i = 0; i < box->count(); ++i)
+    items << box->itemText(i) + "=" + box->itemData(i).toString();
   return items;
 }
 
@@ -45,10 +46,13 @@ TEST(PulseSweepViews, FormsInOrderWithTheirItems) {
   EXPECT_EQ(step.modeIndex(), 5);
   EXPECT_EQ(ramp.modeName(), "Ramp Sweep");
   EXPECT_EQ(ramp.modeIndex(), 6);
-  EXPECT_EQ(formLabels(pulse), (QStringList{"Enabled", "Trigger Mode", "Width", "Period", "Duty Cycle"}));
-  EXPECT_EQ(formLabels(step), (QStringList{"Enabled", "Trigger Mode", "Sweep Type", "Start Freq", "Stop Freq", "Points",
-                                           "Start Level (dBm)", "Stop Level (dBm)", "Dwell Time"}));
-  EXPECT_EQ(formLabels(ramp), (QStringList{"Enabled", "Trigger Mode", "Span", "Sweep Time", "Period"}));
+  EXPECT_EQ(formLabels(pulse),
+            (QStringList{"Enabled", "Trigger Mode", "Width", "Period", "Duty Cycle"}));
+  EXPECT_EQ(formLabels(step),
+            (QStringList{"Enabled", "Trigger Mode", "Sweep Type", "Start Freq", "Stop Freq",
+                         "Points", "Start Level (dBm)", "Stop Level (dBm)", "Dwell Time"}));
+  EXPECT_EQ(formLabels(ramp),
+            (QStringList{"Enabled", "Trigger Mode", "Span", "Sweep Time", "Period"}));
   const QStringList triggers{"Continuous=0", "Single=1"};
   const QList<QComboBox*> stepBoxes = step.findChildren<QComboBox*>();
   ASSERT_EQ(stepBoxes.size(), 2);
@@ -69,14 +73,23 @@ TEST(ModeViewPulse, WidthAndPeriodDragEachOther) {
   } cases[] = {
       {"defaults", [](ModeViewPulse&) {}, 0.001, 0.002, "50.000 %"},
       {"width above the period raises it",
-       [](ModeViewPulse& v) { v.setPulsePeriod(0.1); v.setPulseWidth(0.5); }, 0.5, 0.5, "100.000 %"},
-      {"period below the width lowers it", [](ModeViewPulse& v) { v.setPulsePeriod(0.0004); }, 0.0004, 0.0004,
-       "100.000 %"},
-      {"raising the period leaves the width", [](ModeViewPulse& v) { v.setPulsePeriod(0.003); }, 0.001, 0.003,
-       "33.333 %"},
+       [](ModeViewPulse& v) {
+         v.setPulsePeriod(0.1);
+         v.setPulseWidth(0.5);
+       },
+       0.5, 0.5, "100.000 %"},
+      {"period below the width lowers it", [](ModeViewPulse& v) { v.setPulsePeriod(0.0004); },
+       0.0004, 0.0004, "100.000 %"},
+      {"raising the period leaves the width", [](ModeViewPulse& v) { v.setPulsePeriod(0.003); },
+       0.001, 0.003, "33.333 %"},
       {"clamped below", [](ModeViewPulse& v) { v.setPulsePeriod(1e-9); }, 1e-7, 1e-7, "100.000 %"},
       {"clamped above", [](ModeViewPulse& v) { v.setPulseWidth(5.0); }, 1.0, 1.0, "100.000 %"},
-      {"smallest duty", [](ModeViewPulse& v) { v.setPulsePeriod(1.0); v.setPulseWidth(0.0); }, 1e-7, 1.0, "0.000 %"},
+      {"smallest duty",
+       [](ModeViewPulse& v) {
+         v.setPulsePeriod(1.0);
+         v.setPulseWidth(0.0);
+       },
+       1e-7, 1.0, "0.000 %"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -114,7 +127,8 @@ TEST(ModeViewStepSweep, SlotsClampToTheirRangesAndReport) {
   const StepSweepSettings d = view.settings();
   EXPECT_EQ(std::make_tuple(d.trigger, d.type, d.startFreqHz, d.stopFreqHz, d.points),
             std::make_tuple(TriggerContinuous, StepSweepFreq, 1e9, 2e9, 201));
-  EXPECT_EQ(std::make_tuple(d.startLevelDbm, d.stopLevelDbm, d.dwellSeconds), std::make_tuple(-20.0, -20.0, 0.001));
+  EXPECT_EQ(std::make_tuple(d.startLevelDbm, d.stopLevelDbm, d.dwellSeconds),
+            std::make_tuple(-20.0, -20.0, 0.001));
   QSignalSpy spy(&view, &ModeWidget::updated);
   const struct {
     const char* name;
@@ -127,12 +141,16 @@ TEST(ModeViewStepSweep, SlotsClampToTheirRangesAndReport) {
       {"stop below start", [&] { view.setStopFreq(5e8); }, [&] { return view.stopFreq(); }, 5e8},
       {"one point", [&] { view.setPoints(1); }, [&] { return view.points(); }, 2},
       {"too many points", [&] { view.setPoints(20000); }, [&] { return view.points(); }, 10001},
-      {"levels have no range", [&] { view.setStartAmpl(55.5); }, [&] { return view.startAmpl(); }, 55.5},
-      {"levels have no range", [&] { view.setStopAmpl(-300); }, [&] { return view.stopAmpl(); }, -300},
+      {"levels have no range", [&] { view.setStartAmpl(55.5); }, [&] { return view.startAmpl(); },
+       55.5},
+      {"levels have no range", [&] { view.setStopAmpl(-300); }, [&] { return view.stopAmpl(); },
+       -300},
       {"no dwell", [&] { view.setDwellTime(0.0); }, [&] { return view.dwellTime(); }, 1e-6},
       {"long dwell", [&] { view.setDwellTime(60.0); }, [&] { return view.dwellTime(); }, 10.0},
-      {"sweep type", [&] { view.setSweepType(StepSweepFreqAmplitude); }, [&] { return view.sweepType(); }, 1},
-      {"trigger", [&] { view.setTriggerType(TriggerSingle); }, [&] { return view.settings().trigger; }, 1},
+      {"sweep type", [&] { view.setSweepType(StepSweepFreqAmplitude); },
+       [&] { return view.sweepType(); }, 1},
+      {"trigger", [&] { view.setTriggerType(TriggerSingle); },
+       [&] { return view.settings().trigger; }, 1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -152,13 +170,28 @@ TEST(ModeViewRampSweep, PeriodNeverBelowTheSweepTime) {
     double span, sweepTime, period;
   } cases[] = {
       {"defaults", [](ModeViewRampSweep&) {}, 2e7, 0.001, 0.001},
-      {"raising the sweep time raises the period", [](ModeViewRampSweep& v) { v.setSweepTime(0.5); }, 2e7, 0.5, 0.5},
+      {"raising the sweep time raises the period",
+       [](ModeViewRampSweep& v) { v.setSweepTime(0.5); }, 2e7, 0.5, 0.5},
       {"lowering the sweep time keeps the period",
-       [](ModeViewRampSweep& v) { v.setSweepTime(0.5); v.setSweepTime(0.1); }, 2e7, 0.1, 0.5},
-      {"period clamped to the sweep time", [](ModeViewRampSweep& v) { v.setSweepTime(0.2); v.setSweepPeriod(0.05); },
+       [](ModeViewRampSweep& v) {
+         v.setSweepTime(0.5);
+         v.setSweepTime(0.1);
+       },
+       2e7, 0.1, 0.5},
+      {"period clamped to the sweep time",
+       [](ModeViewRampSweep& v) {
+         v.setSweepTime(0.2);
+         v.setSweepPeriod(0.05);
+       },
        2e7, 0.2, 0.2},
-      {"period clamped to 1 s", [](ModeViewRampSweep& v) { v.setSweepPeriod(3.0); }, 2e7, 0.001, 1.0},
-      {"sweep time clamped", [](ModeViewRampSweep& v) { v.setSweepTime(0.0); v.setSweepPeriod(0.0); }, 2e7, 1e-6, 1e-6},
+      {"period clamped to 1 s", [](ModeViewRampSweep& v) { v.setSweepPeriod(3.0); }, 2e7, 0.001,
+       1.0},
+      {"sweep time clamped",
+       [](ModeViewRampSweep& v) {
+         v.setSweepTime(0.0);
+         v.setSweepPeriod(0.0);
+       },
+       2e7, 1e-6, 1e-6},
       {"span clamped below", [](ModeViewRampSweep& v) { v.setSpan(0.1); }, 1.0, 0.001, 0.001},
       {"span clamped above", [](ModeViewRampSweep& v) { v.setSpan(1e8); }, 4e7, 0.001, 0.001},
   };
@@ -178,7 +211,8 @@ TEST(ModeViewRampSweep, PeriodNeverBelowTheSweepTime) {
 class PresetGroups : public ::testing::Test {
 protected:
   QString file(const QString& name) const { return dir.filePath(name); }
-  void write(const QString& path, const QString& group, const std::vector<std::pair<QString, QVariant>>& keys) {
+  void write(const QString& path, const QString& group,
+             const std::vector<std::pair<QString, QVariant>>& keys) {
     QSettings s(path, QSettings::IniFormat);
     s.beginGroup(group);
     for (const auto& [key, value] : keys) s.setValue(key, value);
@@ -209,7 +243,8 @@ TEST_F(PresetGroups, RoundTripOfAllThreeViews) {
   ramp.setSweepPeriod(0.75);
   {
     QSettings s(file("all.ini"), QSettings::IniFormat);
-    for (ModeWidget* v : std::initializer_list<ModeWidget*>{&pulse, &step, &ramp}) v->saveSettings(&s);
+    for (ModeWidget* v : std::initializer_list<ModeWidget*>{&pulse, &step, &ramp})
+      v->saveSettings(&s);
   }
   {
     QSettings s(file("all.ini"), QSettings::IniFormat);
@@ -218,8 +253,8 @@ TEST_F(PresetGroups, RoundTripOfAllThreeViews) {
     EXPECT_EQ(s.childKeys(), (QStringList{"Period", "Trigger", "Width"}));
     s.endGroup();
     s.beginGroup("StepSweep");
-    EXPECT_EQ(s.childKeys(), (QStringList{"DwellTime", "Points", "StartAmpl", "StartFreq", "StopAmpl", "StopFreq",
-                                          "SweepType", "TriggerMode"}));
+    EXPECT_EQ(s.childKeys(), (QStringList{"DwellTime", "Points", "StartAmpl", "StartFreq",
+                                          "StopAmpl", "StopFreq", "SweepType", "TriggerMode"}));
     s.endGroup();
     s.beginGroup("RampSweep");
     EXPECT_EQ(s.childKeys(), (QStringList{"Period", "Span", "SweepTime", "TriggerMode"}));
@@ -260,8 +295,13 @@ TEST_F(PresetGroups, LoadClampsAndCouplesAsTheSlots) {
   const QString path = file("odd.ini");
   // The width is read first and drags the period up; the stored period then lowers it again.
   write(path, "Pulse", {{"Trigger", 5}, {"Width", 0.5}, {"Period", 0.1}});
-  write(path, "StepSweep", {{"StartFreq", 1.0}, {"StopFreq", 1e10}, {"Points", 0}, {"StartAmpl", 99.0},
-                            {"DwellTime", 100.0}, {"SweepType", 9}});
+  write(path, "StepSweep",
+        {{"StartFreq", 1.0},
+         {"StopFreq", 1e10},
+         {"Points", 0},
+         {"StartAmpl", 99.0},
+         {"DwellTime", 100.0},
+         {"SweepType", 9}});
   write(path, "RampSweep", {{"Span", 0.0}, {"SweepTime", 0.5}, {"Period", 0.2}});
   ModeViewPulse pulse;
   ModeViewStepSweep step;

@@ -19,7 +19,8 @@ TEST(AboutDialog, ShowsVersionsAndTheCheckOutcome) {
     const char* status;       // the failure text has a second line of our own
     const char* style;
   } cases[] = {
-      {nullptr, "No internet connection. Check for software update\n", "QLabel { color: #994400; }"},
+      {nullptr, "No internet connection. Check for software update\n",
+       "QLabel { color: #994400; }"},
       {"1.0.6", "Software Out Of Date", "QLabel { color: red; }"},
       {"1.0.5", "Software Up To Date", "QLabel { color: green; }"},
       {"10.20", "Software Up To Date", "QLabel { color: green; }"},  // not a version: no failure

@@ -21,10 +21,11 @@ protected:
 
 TEST_F(ErrorLogTest, ReplyTextCarriesCodeAndItsFixedText) {
   const std::vector<std::pair<int, QString>> codes = {
-      {0, "No error"},          {-1, "Setting clamped"},  {-2, "Invalid parameter"},
-      {-3, "Too few parameters"}, {-4, "Undefined header"}, {-5, "Unsupported"},
-      {-6, "Invalid operation"}, {-100, "Unable to save file"}, {-7, "Unknown error"},
-      {42, "Unknown error"}};
+      {0, "No error"},           {-1, "Setting clamped"},
+      {-2, "Invalid parameter"}, {-3, "Too few parameters"},
+      {-4, "Undefined header"},  {-5, "Unsupported"},
+      {-6, "Invalid operation"}, {-100, "Unable to save file"},
+      {-7, "Unknown error"},     {42, "Unknown error"}};
   for (const auto& [code, text] : codes) errorLogPut(code, "detail");
   for (const auto& [code, text] : codes)
     EXPECT_EQ(errorLogNext(), QString("%1,%2;detail").arg(code).arg(text));
@@ -36,7 +37,8 @@ TEST_F(ErrorLogTest, ReplyTextCarriesCodeAndItsFixedText) {
 TEST_F(ErrorLogTest, AFullQueueKeepsItsOldestAndReplacesItsNewest) {
   for (int i = 1; i <= 103; ++i) errorLogPut(-2, QString::number(i));
   EXPECT_EQ(errorLogCount(), 100);
-  for (int i = 1; i <= 99; ++i) ASSERT_EQ(errorLogNext(), QString("-2,Invalid parameter;%1").arg(i));
+  for (int i = 1; i <= 99; ++i)
+    ASSERT_EQ(errorLogNext(), QString("-2,Invalid parameter;%1").arg(i));
   EXPECT_EQ(errorLogNext(), "-2,Invalid parameter;103");
   EXPECT_EQ(errorLogCount(), 0);
 }

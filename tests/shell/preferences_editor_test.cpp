@@ -38,7 +38,8 @@ void expectStored(const Preferences& expected) {
 TEST(PreferencesEditor, AcceptStoresAndSetsTheLibraryMode) {
   EventsLog log(std::getenv("KRT40_SIM_EVENTS"));
   // The port has no range check: 70000 is taken as it stands.
-  for (const Preferences& entered : {Preferences{true, 5025, false}, Preferences{false, 70000, true}}) {
+  for (const Preferences& entered :
+       {Preferences{true, 5025, false}, Preferences{false, 70000, true}}) {
     preferences = kStored;
     log.mark();
     PreferencesEditor editor;

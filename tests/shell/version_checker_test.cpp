@@ -48,12 +48,14 @@ TEST(VersionChecker, ComparesWithTheRunningVersion) {
     const char* text;
     std::optional<bool> newer;  // nullopt: not three parts
   } cases[] = {
-      {"1.0.5", false}, {"1.0.6", true}, {"1.0.10", true}, {"1.1.0", true}, {"2.0.0", true},
-      {"0.9.9", false}, {"0.0.6", false}, {"1.-1.9", false},  // higher patch, lower major/minor
-      {"0.1.0", false},                                        // higher minor, lower major
-      {"1..0.6", true}, {"1.0.6.", true},                      // empty parts are skipped
-      {"1.x.6", true}, {"1.0.6\n", false},  // a part that isn't a number counts as 0
-      {"1.0", std::nullopt}, {"1.0.5.1", std::nullopt}, {"", std::nullopt}, {"..", std::nullopt},
+      {"1.0.5", false},      {"1.0.6", true},           {"1.0.10", true},
+      {"1.1.0", true},       {"2.0.0", true},           {"0.9.9", false},
+      {"0.0.6", false},      {"1.-1.9", false},   // higher patch, lower major/minor
+      {"0.1.0", false},                           // higher minor, lower major
+      {"1..0.6", true},      {"1.0.6.", true},    // empty parts are skipped
+      {"1.x.6", true},       {"1.0.6\n", false},  // a part that isn't a number counts as 0
+      {"1.0", std::nullopt}, {"1.0.5.1", std::nullopt}, {"", std::nullopt},
+      {"..", std::nullopt},
   };
   for (const auto& c : cases) {
     VersionNumber version;
@@ -71,10 +73,10 @@ TEST(VersionChecker, FetchesTheVersionFile) {
   } cases[] = {
       {VersionServer::file("1.0.5"), {false, false, 0}},
       {VersionServer::file("1.0.6"), {true, false, 1}},
-      {VersionServer::file("0001.0000.0006"), {true, false, 1}},  // 14 bytes, the most taken
+      {VersionServer::file("0001.0000.0006"), {true, false, 1}},   // 14 bytes, the most taken
       {VersionServer::file("00001.0000.0006"), {false, true, 0}},  // 15 bytes
       {VersionServer::file(""), {false, true, 0}},
-      {VersionServer::file("1.0"), {false, true, 0}},  // 3 bytes: too short to count as fetched
+      {VersionServer::file("1.0"), {false, true, 0}},     // 3 bytes: too short to count as fetched
       {VersionServer::file("10.20"), {false, false, 0}},  // fitting size, not three parts
       // The text ends at a NUL byte, as in a zero-filled buffer.
       {VersionServer::file(QByteArray("1.0.6\0.1", 8)), {true, false, 1}},

@@ -11,7 +11,7 @@
 
 // Answers on the test's thread, so wait for answered() before anything that blocks it.
 class VersionServer {
- public:
+public:
   explicit VersionServer(QByteArray response) : response(std::move(response)) {
     server.listen(QHostAddress::LocalHost);
     QObject::connect(&server, &QTcpServer::newConnection, [this] {
@@ -31,7 +31,7 @@ class VersionServer {
   bool answered() const { return answered_; }
   const QByteArray& request() const { return request_; }
 
- private:
+private:
   void read(QTcpSocket* socket) {
     request_ += socket->readAll();
     if (answered_ || !request_.contains("\r\n\r\n")) return;

@@ -46,8 +46,12 @@ TEST(HexEditor, ToIntReadsLastEightDigits) {
     int maxLength;
     quint32 expected;
   } cases[] = {
-      {"5A3D2F1E", 8, 0x5A3D2F1Eu}, {"8E89BED6", 8, 0x8E89BED6u}, {"55555555", 6, 0x55555555u},
-      {"123456789A", 10, 0x3456789Au}, {"ff", 8, 0xFFu},           {"", 8, 0u},
+      {"5A3D2F1E", 8, 0x5A3D2F1Eu},
+      {"8E89BED6", 8, 0x8E89BED6u},
+      {"55555555", 6, 0x55555555u},
+      {"123456789A", 10, 0x3456789Au},
+      {"ff", 8, 0xFFu},
+      {"", 8, 0u},
       {"1Z", 8, 0x10u},
   };
   for (const auto& c : cases) {
@@ -116,11 +120,9 @@ TEST(MyListWidget, ColoursTheActiveRow) {
     int activeRowMode;
     int colouredRow;  // -1: none
   } steps[] = {
-      {2, 2, 2},
-      {2, 2, 2},     // the same index keeps its colour
-      {17, 17, 3},
-      {9, 17, -1},   // no such row: the old row is cleared, the index stays
-      {0, 17, -1},   // the header carries no index
+      {2, 2, 2},   {2, 2, 2},    // the same index keeps its colour
+      {17, 17, 3}, {9, 17, -1},  // no such row: the old row is cleared, the index stays
+      {0, 17, -1},               // the header carries no index
       {1, 1, 1},
   };
   for (const auto& step : steps) {

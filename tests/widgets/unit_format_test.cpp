@@ -16,17 +16,31 @@ struct ParseCase {
 TEST(UnitFormat, ParseFrequency) {
   const ParseCase cases[] = {
       // A bare number takes the unit in which the current value is shown.
-      {"2", 1e6, 2e6, true}, {"2", 500, 2, true}, {"2", 999.999, 2, true},
-      {"2", 1e3, 2e3, true}, {"2", 1e9, 2e9, true}, {"2", -1e6, 2, true},
+      {"2", 1e6, 2e6, true},
+      {"2", 500, 2, true},
+      {"2", 999.999, 2, true},
+      {"2", 1e3, 2e3, true},
+      {"2", 1e9, 2e9, true},
+      {"2", -1e6, 2, true},
       // Words and spellings; "m" is mega here.
-      {"1.5 GHz", 0, 1.5e9, true}, {"1.5ghz", 0, 1.5e9, true}, {"1.5G", 0, 1.5e9, true},
-      {"1500m", 0, 1.5e9, true}, {" 10 K h ", 0, 1e4, true}, {"10hz", 1e9, 10, true},
-      {"-1 MHz", 0, -1e6, true}, {".5mhz", 0, 5e5, true},
+      {"1.5 GHz", 0, 1.5e9, true},
+      {"1.5ghz", 0, 1.5e9, true},
+      {"1.5G", 0, 1.5e9, true},
+      {"1500m", 0, 1.5e9, true},
+      {" 10 K h ", 0, 1e4, true},
+      {"10hz", 1e9, 10, true},
+      {"-1 MHz", 0, -1e6, true},
+      {".5mhz", 0, 5e5, true},
       // Every copy of the number is removed, not only the first.
       {"1m1", 0, 1e6, true},
       // Refused: scientific notation, no number, unknown or missing word.
-      {"1e6", 0, 0, false}, {"abc", 1e9, 0, false}, {"", 1e9, 0, false},
-      {"5 s", 0, 0, false}, {"5 thz", 0, 0, false}, {"5-", 0, 0, false}, {"1.", 0, 0, false},
+      {"1e6", 0, 0, false},
+      {"abc", 1e9, 0, false},
+      {"", 1e9, 0, false},
+      {"5 s", 0, 0, false},
+      {"5 thz", 0, 0, false},
+      {"5-", 0, 0, false},
+      {"1.", 0, 0, false},
   };
   for (const ParseCase& c : cases) {
     bool ok = !c.ok;
@@ -57,24 +71,23 @@ struct FormatCase {
 
 TEST(UnitFormat, FormatFrequency) {
   const FormatCase cases[] = {
-      {0, "0.000000 Hz"},           {999.5, "999.500000 Hz"},   {1e3, "1.000000 kHz"},
-      {999999, "999.999000 kHz"},   {1e6, "1.000000 MHz"},      {1e9, "1.000000 GHz"},
-      {6e9, "6.000000 GHz"},        {-1e6, "-1.000000 MHz"},    {-500, "-500.000000 Hz"},
+      {0, "0.000000 Hz"},         {999.5, "999.500000 Hz"}, {1e3, "1.000000 kHz"},
+      {999999, "999.999000 kHz"}, {1e6, "1.000000 MHz"},    {1e9, "1.000000 GHz"},
+      {6e9, "6.000000 GHz"},      {-1e6, "-1.000000 MHz"},  {-500, "-500.000000 Hz"},
   };
   for (const FormatCase& c : cases) EXPECT_EQ(formatFrequency(c.value), c.expected);
 }
 
 TEST(UnitFormat, FormatTimeAndDuration) {
   const FormatCase times[] = {
-      {0, "0.000 us"},        {0.0005, "500.000 us"}, {0.001, "1.000 ms"},
-      {0.25, "250.000 ms"},   {1, "1.000 s"},         {120, "120.000 s"},
+      {0, "0.000 us"},      {0.0005, "500.000 us"}, {0.001, "1.000 ms"},
+      {0.25, "250.000 ms"}, {1, "1.000 s"},         {120, "120.000 s"},
   };
   for (const FormatCase& c : times) EXPECT_EQ(formatTime(c.value), c.expected);
 
   const FormatCase durations[] = {
-      {0.0002, "0.000 us"},      {0.5, "0.500 ms"},        {1, "1.000 seconds"},
-      {59.5, "59.500 seconds"},  {60, "1.000 minutes"},    {90, "1.500 minutes"},
-      {3600, "1.000 hours"},     {5400, "1.500 hours"},
+      {0.0002, "0.000 us"},  {0.5, "0.500 ms"},     {1, "1.000 seconds"},  {59.5, "59.500 seconds"},
+      {60, "1.000 minutes"}, {90, "1.500 minutes"}, {3600, "1.000 hours"}, {5400, "1.500 hours"},
   };
   for (const FormatCase& c : durations) EXPECT_EQ(formatDuration(c.value), c.expected);
 }
@@ -84,8 +97,8 @@ TEST(UnitFormat, FormatCount) {
     qint64 value;
     const char* expected;
   } cases[] = {
-      {0, "0"},           {999, "999"},          {1000, "1.00k"},       {123456, "123.46k"},
-      {1000000, "1.00M"}, {2500000, "2.50M"},    {1000000000, "1.00G"}, {5000000000LL, "5.00G"},
+      {0, "0"},           {999, "999"},       {1000, "1.00k"},       {123456, "123.46k"},
+      {1000000, "1.00M"}, {2500000, "2.50M"}, {1000000000, "1.00G"}, {5000000000LL, "5.00G"},
   };
   for (const auto& c : cases) EXPECT_EQ(formatCount(c.value), c.expected);
 }
