@@ -232,8 +232,6 @@ void CentralWidget::settingsChanged() {
   startStreaming();
 }
 
-void CentralWidget::restartOutput() { settingsChanged(); }
-
 void CentralWidget::modeChanged(int) {
   ModeWidget* previous = activeMode.load();
   if (previous) disconnect(previous, &ModeWidget::updated, this, &CentralWidget::settingsChanged);
@@ -250,7 +248,7 @@ void CentralWidget::setModEnabled(bool enabled) { modButtons->setState(enabled ?
 
 void CentralWidget::setReference(KrtTimebaseState newState) {
   referenceButton->setChecked(newState == KrtTimebaseExternal);
-  restartOutput();
+  settingsChanged();
 }
 
 void CentralWidget::setCenterFrequency(double newFreq) {
@@ -259,7 +257,7 @@ void CentralWidget::setCenterFrequency(double newFreq) {
     errorLogPut(-1, "Center frequency clamped");
   }
   frequencyEdit->setValue(newFreq);
-  restartOutput();
+  settingsChanged();
 }
 
 void CentralWidget::setStepFrequency(double newStep) {
@@ -281,7 +279,7 @@ void CentralWidget::decreaseCenterFrequency() {
 
 void CentralWidget::setLevel(double newLevel) {
   levelEdit->setValue(std::clamp(newLevel, minLevel, maxLevel));
-  restartOutput();
+  settingsChanged();
 }
 
 void CentralWidget::setLevelStep(double newStep) {
@@ -302,11 +300,11 @@ void CentralWidget::presetButtonPressed() {
   setRFEnabled(false);
   setModEnabled(false);
   referenceButton->setChecked(false);
-  restartOutput();
+  settingsChanged();
   setCenterFrequency(1e9);
   setStepFrequency(1e6);
   levelEdit->setValue(-20.0);
-  restartOutput();
+  settingsChanged();
   levelStepEdit->setValue(10.0);
   levelEdit->setStep(10.0);
   impairments->setDefaults();

@@ -149,7 +149,6 @@ private:
   void connectFrontPanel();
   void layOutPanel();
   void buildModeList();
-  void restartOutput();
 
   void streamingThreadMain();
   void runGenerator(int modeIndex);
