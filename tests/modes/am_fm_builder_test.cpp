@@ -106,28 +106,6 @@ TEST(AmBuilder, LandmarksOfTheLongestPeriod) {
   }
 }
 
-TEST(AmBuilder, SamplesAreTheFormulaRoundedToFloat) {
-  // Every sample of every shape, against the formulas written out here.
-  for (double rate : {1.0, 1e5, 1e7}) {
-    for (int shape : allShapes) {
-      const Waveform wave = buildAm({rate, 64.0, shape});
-      const int n = static_cast<int>(wave.samples.size());
-      const int h = n / 2, q = h / 2;
-      int mismatches = 0;
-      for (int i = 0; i < n; ++i) {
-        const int t = i < h ? i : n - i;
-        const double m = shape == ModShapeSine       ? std::sin(i * 2 * pi / n)
-                         : shape == ModShapeSquare   ? (i < h ? 1.0 : -1.0)
-                         : shape == ModShapeTriangle ? static_cast<double>(t) / q - 1.0
-                                                     : static_cast<double>(i) / h - 1.0;
-        const float expected = static_cast<float>(m * 0.32 + 0.5);
-        if (wave.samples[i] != Sample(expected, 0.0f)) ++mismatches;
-      }
-      EXPECT_EQ(mismatches, 0) << shapeName(shape) << " at rate " << rate;
-    }
-  }
-}
-
 TEST(AmBuilder, DepthZeroIsAConstantHalfSixDecibelsDown) {
   for (double rate : {1.0, 1000.0, 1e7}) {
     for (int shape : allShapes) {
