@@ -5,7 +5,7 @@
 
 #include "core/device.h"
 #include "core/impairment_widget.h"
-#include "core_test_env.h"
+#include "panel_fixture.h"
 #include "scpi_client.h"
 #include "modes/mode_view_am.h"
 #include "modes/mode_view_fm.h"
@@ -26,24 +26,14 @@
 
 namespace {
 
-class AmFmModeTest : public ::testing::Test {
+class AmFmModeTest : public PanelFixture {
 protected:
   void SetUp() override {
-    std::remove(unplugPath().c_str());
-    device.setImpairments(&impairments);
-    errorLogClear();
+    PanelFixture::SetUp();
     am = central.findChild<ModeViewAM*>();
     fm = central.findChild<ModeViewFM*>();
     ASSERT_NE(am, nullptr);
     ASSERT_NE(fm, nullptr);
-  }
-  void TearDown() override {
-    central.stopStreaming();
-    device.close();
-  }
-  void connectDevice() {
-    ASSERT_TRUE(device.open(21000001));
-    central.startStreamingQuiet();
   }
   // Waits for a retune to `rate` followed by a chunk of `chunk` samples.
   bool waitForStream(double rate, int chunk) {
@@ -58,10 +48,6 @@ protected:
     });
   }
 
-  Device device;
-  ImpairmentWidget impairments;
-  CentralWidget central{&device, &impairments};
-  EventsLog log{eventsPath()};
   ModeViewAM* am = nullptr;
   ModeViewFM* fm = nullptr;
 };

@@ -6,7 +6,7 @@
 
 #include "core/device.h"
 #include "core/impairment_widget.h"
-#include "core_test_env.h"
+#include "panel_fixture.h"
 #include "scpi_client.h"
 #include "modes/mode_view_multitone.h"
 #include "modes/multitone_builder.h"
@@ -29,18 +29,12 @@
 
 namespace {
 
-class MultitoneModeTest : public ::testing::Test {
+class MultitoneModeTest : public PanelFixture {
 protected:
   void SetUp() override {
-    std::remove(unplugPath().c_str());
-    device.setImpairments(&impairments);
-    errorLogClear();
+    PanelFixture::SetUp();
     view = central.findChild<ModeViewMultitone*>();
     ASSERT_NE(view, nullptr);
-  }
-  void TearDown() override {
-    central.stopStreaming();
-    device.close();
   }
   void playMultitone() {
     ASSERT_TRUE(device.open(21000001));
@@ -69,10 +63,6 @@ protected:
     return seen ? level : std::nan("");
   }
 
-  Device device;
-  ImpairmentWidget impairments;
-  CentralWidget central{&device, &impairments};
-  EventsLog log{eventsPath()};
   ModeViewMultitone* view = nullptr;
 };
 

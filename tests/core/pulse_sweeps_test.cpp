@@ -5,7 +5,7 @@
 
 #include "core/device.h"
 #include "core/impairment_widget.h"
-#include "core_test_env.h"
+#include "panel_fixture.h"
 #include "scpi_client.h"
 #include "modes/mode_view_pulse.h"
 #include "modes/mode_view_ramp_sweep.h"
@@ -32,21 +32,14 @@ using nlohmann::json;
 const std::vector<std::string> playCalls = {"krtSetFrequency", "krtSetLevel", "krtSubmitIQ",
                                             "krtSubmitTrigger", "krtFlushAndWait"};
 
-class PulseSweepsTest : public ::testing::Test {
+class PulseSweepsTest : public PanelFixture {
 protected:
   void SetUp() override {
-    std::remove(unplugPath().c_str());
-    device.setImpairments(&impairments);
-    errorLogClear();
+    PanelFixture::SetUp();
     pulse = view<ModeViewPulse>(3);
     step = view<ModeViewStepSweep>(5);
     ramp = view<ModeViewRampSweep>(6);
     ASSERT_TRUE(pulse && step && ramp);
-  }
-  void TearDown() override {
-    central.stopStreaming();
-    device.close();
-    std::remove(unplugPath().c_str());
   }
 
   template <class View>
@@ -106,10 +99,6 @@ protected:
                                 [&](const json& e) { return e.value("fn", "") == fn; }));
   }
 
-  Device device;
-  ImpairmentWidget impairments;
-  CentralWidget central{&device, &impairments};
-  EventsLog log{eventsPath()};
   ModeViewPulse* pulse = nullptr;
   ModeViewStepSweep* step = nullptr;
   ModeViewRampSweep* ramp = nullptr;

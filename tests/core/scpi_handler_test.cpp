@@ -5,7 +5,7 @@
 
 #include "core/device.h"
 #include "core/impairment_widget.h"
-#include "core_test_env.h"
+#include "panel_fixture.h"
 #include "scpi_client.h"
 #include "persist/paths.h"
 #include "remote/scpi_remote_dialog.h"
@@ -17,25 +17,12 @@
 
 namespace {
 
-class ScpiHandlerTest : public ::testing::Test {
+class ScpiHandlerTest : public PanelFixture {
 protected:
   void SetUp() override {
-    device.setImpairments(&impairments);
-    errorLogClear();
+    PanelFixture::SetUp();
     ASSERT_TRUE(central.isScpiListening());
   }
-  void TearDown() override {
-    central.stopStreaming();
-    device.close();
-  }
-  void connectDevice() {
-    ASSERT_TRUE(device.open(21000001));
-    central.startStreamingQuiet();
-  }
-
-  Device device;
-  ImpairmentWidget impairments;
-  CentralWidget central{&device, &impairments};
 };
 
 TEST_F(ScpiHandlerTest, IdentityAndSystemRowsWithoutADevice) {

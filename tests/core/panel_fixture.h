@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// Shared fixture of the panel tests: a front panel over a simulated device, the events log.
+#pragma once
+
+#include "core/central_widget.h"
+#include "core/device.h"
+#include "core/impairment_widget.h"
+#include "core_test_env.h"
+#include "shell/error_queue.h"
+#include "support/events_log.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+// The device is closed at first; connectDevice() opens it and starts the thread. A left-over
+// unplug file and error log entries of earlier tests are cleared.
+class PanelFixture : public ::testing::Test {
+protected:
+  void SetUp() override {
+    std::remove(unplugPath().c_str());
+    device.setImpairments(&impairments);
+    errorLogClear();
+  }
+  void TearDown() override {
+    central.stopStreaming();
+    device.close();
+    std::remove(unplugPath().c_str());
+  }
+  void connectDevice() {
+    ASSERT_TRUE(device.open(21000001));
+    central.startStreamingQuiet();
+  }
+
+  Device device;
+  ImpairmentWidget impairments;
+  CentralWidget central{&device, &impairments};
+  EventsLog log{eventsPath()};
+};
