@@ -9,6 +9,7 @@
 // address space (VmPeak).
 #include "modes/pulse_builder.h"
 #include "modes/ramp_sweep_builder.h"
+#include "tests/support/ramp_reference.h"
 
 #include <benchmark/benchmark.h>
 
@@ -41,33 +42,6 @@ std::vector<Sample> baselinePulse(double width, double period) {
     const double w = 0.5 * std::cos(double(k) / r * pi - pi) + 0.5;
     out[size_t(k)] *= float(w);
     out[size_t(n + r - 1 - k)] *= float(w);
-  }
-  return out;
-}
-
-std::vector<Sample> baselineRamp(double span, double sweepTime, double period) {
-  const int64_t length = int64_t(period * 5e7), sweep = int64_t(sweepTime * 5e7);
-  std::vector<Sample> out(size_t(length), Sample(0, 0));
-  const double b = span / 5e7, f0 = b * -0.5, s = b / double(sweep);
-  double c = std::cos(2 * pi * f0), d = std::sin(2 * pi * f0);
-  const double cs = std::cos(2 * pi * s), ds = std::sin(2 * pi * s);
-  double x = 1, y = 0;
-  out[0] = Sample(1, 0);
-  for (int64_t k = 1; k < sweep; ++k) {
-    const double nx = c * x - d * y, ny = y * c + d * x;
-    x = nx;
-    y = ny;
-    out[size_t(k)] = Sample(float(x), float(y));
-    const double nc = cs * c - ds * d, nd = d * cs + ds * c;
-    c = nc;
-    d = nd;
-  }
-  if (sweep < length) {
-    for (int k = 0; k < 4; ++k) {
-      const double w = std::cos(k * 0.25 * pi - pi) * 0.5 + 0.5;
-      for (int64_t i : {int64_t(k), sweep - 1 - k})
-        out[size_t(i)] = Sample(float(out[size_t(i)].real() * w), float(out[size_t(i)].imag() * w));
-    }
   }
   return out;
 }
@@ -122,9 +96,9 @@ const std::vector<Case>& cases() {
        [] {
          return keep(buildRampSweep({2e7, 0.1, 0.1, TriggerContinuous}));
        }},
-      {"baseline_ramp_1s_in_1s", [] { return keep(baselineRamp(2e7, 1.0, 1.0)); }},
-      {"baseline_ramp_500ms_in_1s", [] { return keep(baselineRamp(2e7, 0.5, 1.0)); }},
-      {"baseline_ramp_100ms_in_100ms", [] { return keep(baselineRamp(2e7, 0.1, 0.1)); }},
+      {"baseline_ramp_1s_in_1s", [] { return keep(referenceRamp(2e7, 1.0, 1.0)); }},
+      {"baseline_ramp_500ms_in_1s", [] { return keep(referenceRamp(2e7, 0.5, 1.0)); }},
+      {"baseline_ramp_100ms_in_100ms", [] { return keep(referenceRamp(2e7, 0.1, 0.1)); }},
   };
   return all;
 }

@@ -4,6 +4,7 @@
 #include "modes/pulse_builder.h"
 #include "modes/ramp_sweep_builder.h"
 #include "modes/step_sweep_plan.h"
+#include "support/ramp_reference.h"
 
 #include <gtest/gtest.h>
 
@@ -111,34 +112,6 @@ TEST(PulseBuilder, NoSamplesWithoutAWholeSample) {
 }
 
 // ---- Ramp sweep -----------------------------------------------------------------------------
-
-// The chirp exactly as defined: one serial double recursion, edges and zero tail.
-std::vector<Sample> referenceRamp(double span, double sweepTime, double period) {
-  const int64_t L = int64_t(period * 5e7), K = int64_t(sweepTime * 5e7);
-  std::vector<Sample> out(size_t(L), Sample(0, 0));
-  const double b = span / 5e7, f0 = b * -0.5, s = b / K;
-  double c = std::cos(2 * pi * f0), d = std::sin(2 * pi * f0);
-  const double cs = std::cos(2 * pi * s), ds = std::sin(2 * pi * s);
-  double x = 1, y = 0;
-  out[0] = Sample(1, 0);
-  for (int64_t k = 1; k < K; ++k) {
-    const double nx = c * x - d * y, ny = y * c + d * x;
-    x = nx;
-    y = ny;
-    out[size_t(k)] = Sample(float(x), float(y));
-    const double nc = cs * c - ds * d, nd = d * cs + ds * c;
-    c = nc;
-    d = nd;
-  }
-  if (K < L) {
-    for (int k = 0; k < 4; ++k) {
-      const double w = std::cos(k * 0.25 * pi - pi) * 0.5 + 0.5;
-      for (int64_t i : {int64_t(k), K - 1 - k})
-        out[size_t(i)] = Sample(float(out[size_t(i)].real() * w), float(out[size_t(i)].imag() * w));
-    }
-  }
-  return out;
-}
 
 TEST(RampSweepBuilder, SamplesAreThoseOfTheSerialRecursion) {
   const struct {
