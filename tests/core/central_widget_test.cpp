@@ -4,7 +4,7 @@
 
 #include "core/device.h"
 #include "core/impairment_widget.h"
-#include "core_test_env.h"
+#include "panel_fixture.h"
 #include "modes/mode_widget.h"
 #include "shell/error_queue.h"
 #include "support/events_log.h"
@@ -36,25 +36,8 @@ public:
   int defaults = 0;
 };
 
-class CentralWidgetTest : public ::testing::Test {
+class CentralWidgetTest : public PanelFixture {
 protected:
-  void SetUp() override {
-    std::remove(unplugPath().c_str());
-    device.setImpairments(&impairments);
-    errorLogClear();
-  }
-
-  void TearDown() override {
-    central.stopStreaming();
-    device.close();
-    std::remove(unplugPath().c_str());
-  }
-
-  void connect() {
-    ASSERT_TRUE(device.open(21000001));
-    central.startStreamingQuiet();
-  }
-
   QPushButton* button(const QString& text) {
     for (QPushButton* b : central.findChildren<QPushButton*>())
       if (b->text() == text) return b;
@@ -69,11 +52,6 @@ protected:
       return false;
     });
   }
-
-  Device device;
-  ImpairmentWidget impairments;
-  CentralWidget central{&device, &impairments};
-  EventsLog log{eventsPath()};
 };
 
 TEST_F(CentralWidgetTest, FrontPanelClampsAndLogsAsDocumented) {
@@ -148,7 +126,7 @@ TEST_F(CentralWidgetTest, RestartWhileStoppedLeavesSettingsPending) {
 
 TEST_F(CentralWidgetTest, TheThreadPlaysWhatRfAndModulationAsk) {
   QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
-  connect();
+  connectDevice();
   ASSERT_TRUE(waitForMode(modeText, "Off"));
   EXPECT_TRUE(log.calls("krtSubmitIQ").empty()) << "RF off submits nothing";
 
@@ -168,7 +146,7 @@ TEST_F(CentralWidgetTest, TheThreadPlaysWhatRfAndModulationAsk) {
 }
 
 TEST_F(CentralWidgetTest, OpcCompletesAfterATenthOfASecondOfOutput) {
-  connect();
+  connectDevice();
   central.setRFEnabled(true);
   central.gate().armOpc();
   EXPECT_FALSE(central.gate().opcComplete());
@@ -176,7 +154,7 @@ TEST_F(CentralWidgetTest, OpcCompletesAfterATenthOfASecondOfOutput) {
 }
 
 TEST_F(CentralWidgetTest, ExtRefClickRestartsTwice) {
-  connect();
+  connectDevice();
   log.mark();
   button("Ext Ref")->click();
   auto timebase = log.calls("krtSetTimebase");
@@ -191,7 +169,7 @@ TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
   auto* second = new PlainView("Second", 10);
   central.addMode(first);
   central.addMode(second);
-  connect();
+  connectDevice();
   central.setRFEnabled(true);
   central.setModEnabled(true);
 
@@ -236,7 +214,7 @@ TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
 TEST_F(CentralWidgetTest, PresetRestoresTheFactoryStateButKeepsTheMode) {
   auto* view = new PlainView("Only", 9);
   central.addMode(view);
-  connect();
+  connectDevice();
   view->enabledCheck()->click();
   central.setRFEnabled(true);
   central.setModEnabled(true);
@@ -261,7 +239,7 @@ TEST_F(CentralWidgetTest, PresetRestoresTheFactoryStateButKeepsTheMode) {
 }
 
 TEST_F(CentralWidgetTest, LostDeviceIsReportedFromTheStream) {
-  connect();
+  connectDevice();
   central.setRFEnabled(true);
   QSignalSpy lost(&central, &CentralWidget::deviceConnectionLost);
   ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
