@@ -29,7 +29,6 @@ ModeViewAM::ModeViewAM(QWidget* parent)
       shapeCombo_(new MyComboBox(this)) {
   for (int value = ModShapeSine; value <= ModShapeRamp; ++value)
     shapeCombo_->addItem(modShapeTexts[value], value);
-  shapeValue.store(shapeCombo_->currentData().toInt(), std::memory_order_relaxed);
 
   formLayout->addRow("Enabled", enabledCheck());
   formLayout->addRow("Rate", rateEdit_);
@@ -40,9 +39,6 @@ ModeViewAM::ModeViewAM(QWidget* parent)
   connect(depthEdit_, &DoubleEdit::editUpdated, this, &ModeViewAM::setDepth);
   connect(shapeCombo_, QOverload<int>::of(&QComboBox::activated), this,
           &ModeViewAM::setShapePrivate);
-  connect(shapeCombo_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int) {
-    shapeValue.store(shapeCombo_->currentData().toInt(), std::memory_order_relaxed);
-  });
 }
 
 double ModeViewAM::rate() const { return rateEdit_->value(); }
@@ -68,7 +64,7 @@ void ModeViewAM::loadSettings(QSettings* settings) {
   setRate(settings->value("Rate", rate()).toDouble());
   setDepth(settings->value("Depth", depth()).toDouble());
   // An unknown value leaves the combo box as it is.
-  selectShape(settings->value("Shape", shape()).toInt());
+  shapeCombo_->selectValue(settings->value("Shape", shape()).toInt());
   emit updated();
   settings->endGroup();
 }
@@ -84,13 +80,8 @@ void ModeViewAM::setDepth(double depthPercent) {
 }
 
 void ModeViewAM::setShape(ModShape shape) {
-  selectShape(shape);
+  shapeCombo_->selectValue(shape);
   emit updated();
 }
 
 void ModeViewAM::setShapePrivate(int) { emit updated(); }
-
-void ModeViewAM::selectShape(int value) {
-  const int index = shapeCombo_->findData(value);
-  if (index >= 0) shapeCombo_->setCurrentIndex(index);
-}

@@ -5,12 +5,10 @@
 #include "modes/am_fm_builder.h"
 #include "modes/mode_types.h"
 #include "modes/mode_widget.h"
-
-#include <atomic>
+#include "widgets/my_combo_box.h"
 
 class DoubleEdit;
 class FrequencyEdit;
-class MyComboBox;
 
 // The controls are the store: each slot clamps, writes the control and emits updated().
 // The generator reads settings() on the streaming thread without a lock.
@@ -28,7 +26,7 @@ public:
   double rate() const;   // Hz
   double depth() const;  // %
   // The selected item's ModShape; safe on the streaming thread.
-  int shape() const { return shapeValue.load(std::memory_order_relaxed); }
+  int shape() const { return shapeCombo_->currentValue(); }
   AmSettings settings() const { return {rate(), depth(), shape()}; }
 
   FrequencyEdit* rateEdit() const { return rateEdit_; }
@@ -50,11 +48,7 @@ public slots:
   void setShapePrivate(int index);
 
 private:
-  void selectShape(int value);
-
   FrequencyEdit* rateEdit_;
   DoubleEdit* depthEdit_;
   MyComboBox* shapeCombo_;
-  // Mirror of the combo box's item data, for the streaming thread.
-  std::atomic<int> shapeValue{ModShapeSine};
 };

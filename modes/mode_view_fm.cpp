@@ -28,7 +28,6 @@ ModeViewFM::ModeViewFM(QWidget* parent)
       shapeCombo_(new MyComboBox(this)) {
   for (int value = ModShapeSine; value <= ModShapeRamp; ++value)
     shapeCombo_->addItem(modShapeTexts[value], value);
-  shapeValue.store(shapeCombo_->currentData().toInt(), std::memory_order_relaxed);
 
   formLayout->addRow("Enabled", enabledCheck());
   formLayout->addRow("Rate", rateEdit_);
@@ -39,9 +38,6 @@ ModeViewFM::ModeViewFM(QWidget* parent)
   connect(deviationEdit_, &FrequencyEdit::valueChanged, this, &ModeViewFM::setDeviation);
   connect(shapeCombo_, QOverload<int>::of(&QComboBox::activated), this,
           &ModeViewFM::setShapePrivate);
-  connect(shapeCombo_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int) {
-    shapeValue.store(shapeCombo_->currentData().toInt(), std::memory_order_relaxed);
-  });
   setDefaults();
 }
 
@@ -71,7 +67,7 @@ void ModeViewFM::loadSettings(QSettings* settings) {
   setRate(settings->value("Rate", rate()).toDouble());
   // Clamped, set, and the rate pulled into the window: what setDeviation does.
   setDeviation(settings->value("Deviation", deviation()).toDouble());
-  selectShape(settings->value("Shape", shape()).toInt());
+  shapeCombo_->selectValue(settings->value("Shape", shape()).toInt());
   emit updated();
   settings->endGroup();
 }
@@ -100,13 +96,8 @@ void ModeViewFM::setDeviation(double deviationHz) {
 }
 
 void ModeViewFM::setShape(ModShape shape) {
-  selectShape(shape);
+  shapeCombo_->selectValue(shape);
   emit updated();
 }
 
 void ModeViewFM::setShapePrivate(int) { emit updated(); }
-
-void ModeViewFM::selectShape(int value) {
-  const int index = shapeCombo_->findData(value);
-  if (index >= 0) shapeCombo_->setCurrentIndex(index);
-}

@@ -5,11 +5,9 @@
 #include "modes/am_fm_builder.h"
 #include "modes/mode_types.h"
 #include "modes/mode_widget.h"
-
-#include <atomic>
+#include "widgets/my_combo_box.h"
 
 class FrequencyEdit;
-class MyComboBox;
 
 // Rate and deviation stay within a factor of 1000 of each other: setRate moves the deviation,
 // setDeviation moves the rate. The generator reads settings() on the streaming thread.
@@ -26,7 +24,7 @@ public:
 
   double rate() const;       // Hz
   double deviation() const;  // Hz
-  int shape() const { return shapeValue.load(std::memory_order_relaxed); }
+  int shape() const { return shapeCombo_->currentValue(); }
   FmSettings settings() const { return {rate(), deviation(), shape()}; }
 
   FrequencyEdit* rateEdit() const { return rateEdit_; }
@@ -47,10 +45,7 @@ public slots:
   void setShapePrivate(int index);
 
 private:
-  void selectShape(int value);
-
   FrequencyEdit* rateEdit_;
   FrequencyEdit* deviationEdit_;
   MyComboBox* shapeCombo_;
-  std::atomic<int> shapeValue{ModShapeSine};
 };

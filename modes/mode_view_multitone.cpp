@@ -70,21 +70,14 @@ MultitoneSettings ModeViewMultitone::settings() const {
   return s;
 }
 
-// Selecting another item also runs setPhasePrivate through the combo's signal.
-void ModeViewMultitone::selectPhase(int value) {
-  const int index = phaseCombo->findData(value);
-  if (index >= 0) phaseCombo->setCurrentIndex(index);
-}
-
 void ModeViewMultitone::setPhase(MultiTonePhase newPhase) {
   seedEdit->setEnabled(newPhase == MultiTonePhaseRandom);
-  selectPhase(newPhase);
+  phaseCombo->selectValue(newPhase);  // another item also runs setPhasePrivate
   emit updated();
 }
 
 void ModeViewMultitone::setPhasePrivate(int index) {
   seedEdit->setEnabled(index == MultiTonePhaseRandom);
-  phaseValue.store(phaseCombo->itemData(index).toInt(), std::memory_order_relaxed);
   emit updated();
 }
 
@@ -138,7 +131,7 @@ void ModeViewMultitone::loadSettings(QSettings* settings) {
   settings->beginGroup("Mtone");
   const int phaseLaw = settings->value("Phase", static_cast<int>(phase())).toInt();
   seedEdit->setEnabled(phaseLaw == MultiTonePhaseRandom);
-  selectPhase(phaseLaw);
+  phaseCombo->selectValue(phaseLaw);
   emit updated();
   toneCountEdit->setValue(settings->value("Ntones", toneCount()).toInt());
   emit updated();

@@ -4,13 +4,11 @@
 
 #include "modes/mode_types.h"
 #include "modes/mode_widget.h"
+#include "widgets/my_combo_box.h"
 #include "modes/multitone_builder.h"
-
-#include <atomic>
 
 class FrequencyEdit;
 class IntLineEdit;
-class MyComboBox;
 
 // Mode index 4. The slots clamp as the remote rows do; a preset load does not clamp, so the
 // product rule (tone count x spacing <= 4e7 Hz) can be broken by a preset.
@@ -25,9 +23,7 @@ public:
   void loadSettings(QSettings* settings) override;
 
   // All safe to call from the streaming thread.
-  MultiTonePhase phase() const {
-    return static_cast<MultiTonePhase>(phaseValue.load(std::memory_order_relaxed));
-  }
+  MultiTonePhase phase() const { return static_cast<MultiTonePhase>(phaseCombo->currentValue()); }
   int phaseSeed() const;
   int toneCount() const;
   double freqSpacing() const;  // Hz
@@ -49,13 +45,9 @@ public slots:
   void setPhasePrivate(int index);
 
 private:
-  void selectPhase(int value);
-
   MyComboBox* phaseCombo;
   IntLineEdit* seedEdit;
   IntLineEdit* toneCountEdit;
   FrequencyEdit* spacingEdit;
   FrequencyEdit* notchEdit;
-  // Item data of the combo's selection, mirrored for the streaming thread.
-  std::atomic<int> phaseValue{MultiTonePhaseFixed};
 };

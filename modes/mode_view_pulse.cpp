@@ -74,13 +74,8 @@ double ModeViewPulse::pulsePeriod() const { return periodEdit->value(); }
 QString ModeViewPulse::dutyCycleText() const { return dutyLabel->text(); }
 
 void ModeViewPulse::setTriggerType(TriggerType type) {
-  const int index = triggerCombo->findData(static_cast<int>(type));
-  // A new index reports itself through triggerIndexChanged; otherwise report here.
-  if (index >= 0 && index != triggerCombo->currentIndex()) {
-    triggerCombo->setCurrentIndex(index);
-    return;
-  }
-  emit updated();
+  // A new selection reports itself through the box's signal; otherwise report here.
+  if (!triggerCombo->selectValue(type)) emit updated();
 }
 
 void ModeViewPulse::setPulseWidth(double newWidth) {
@@ -99,10 +94,7 @@ void ModeViewPulse::setPulsePeriod(double newPeriod) {
   emit updated();
 }
 
-void ModeViewPulse::triggerIndexChanged(int index) {
-  trigger.store(triggerCombo->itemData(index).toInt(), std::memory_order_relaxed);
-  emit updated();
-}
+void ModeViewPulse::triggerIndexChanged(int index) { emit updated(); }
 
 void ModeViewPulse::refreshDutyCycle() {
   dutyLabel->setText(QString::asprintf("%.3f %%", pulseWidth() / pulsePeriod() * 100.0));

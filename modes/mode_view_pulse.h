@@ -3,11 +3,9 @@
 #pragma once
 
 #include "modes/mode_widget.h"
+#include "widgets/my_combo_box.h"
 #include "modes/pulse_builder.h"
 
-#include <atomic>
-
-class MyComboBox;
 class QLabel;
 class TimeEdit;
 
@@ -27,9 +25,7 @@ public:
 
   // Safe on the streaming thread; read once at the start of a run.
   PulseSettings settings() const;
-  TriggerType triggerType() const {
-    return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed));
-  }
+  TriggerType triggerType() const { return static_cast<TriggerType>(triggerCombo->currentValue()); }
   double pulseWidth() const;
   double pulsePeriod() const;
   QString dutyCycleText() const;
@@ -50,6 +46,4 @@ private:
   TimeEdit* widthEdit;
   TimeEdit* periodEdit;
   QLabel* dutyLabel;
-  // The combo box's value, for the streaming thread.
-  std::atomic<int> trigger{TriggerContinuous};
 };

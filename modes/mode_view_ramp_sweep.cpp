@@ -28,9 +28,6 @@ ModeViewRampSweep::ModeViewRampSweep(QWidget* parent)
   formLayout->addRow("Period", periodEdit);
 
   // The box has no slot of its own: a change is reported as it is.
-  connect(triggerCombo, qOverload<int>(&QComboBox::currentIndexChanged), this, [this](int index) {
-    trigger.store(triggerCombo->itemData(index).toInt(), std::memory_order_relaxed);
-  });
   connect(triggerCombo, qOverload<int>(&QComboBox::currentIndexChanged), this,
           &ModeWidget::updated);
   connect(spanEdit, &FrequencyEdit::valueChanged, this, &ModeViewRampSweep::setSpan);
@@ -78,13 +75,8 @@ double ModeViewRampSweep::sweepTime() const { return sweepTimeEdit->value(); }
 double ModeViewRampSweep::sweepPeriod() const { return periodEdit->value(); }
 
 void ModeViewRampSweep::setTriggerType(TriggerType type) {
-  const int index = triggerCombo->findData(static_cast<int>(type));
-  // A new index reports itself through the box's signal; otherwise report here.
-  if (index >= 0 && index != triggerCombo->currentIndex()) {
-    triggerCombo->setCurrentIndex(index);
-    return;
-  }
-  emit updated();
+  // A new selection reports itself through the box's signal; otherwise report here.
+  if (!triggerCombo->selectValue(type)) emit updated();
 }
 
 void ModeViewRampSweep::setSpan(double newSpan) {

@@ -3,12 +3,10 @@
 #pragma once
 
 #include "modes/mode_widget.h"
+#include "widgets/my_combo_box.h"
 #include "modes/ramp_sweep_builder.h"
 
-#include <atomic>
-
 class FrequencyEdit;
-class MyComboBox;
 class TimeEdit;
 
 class ModeViewRampSweep : public ModeWidget {
@@ -28,9 +26,7 @@ public:
 
   // Safe on the streaming thread; read once at the start of a run.
   RampSweepSettings settings() const;
-  TriggerType triggerType() const {
-    return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed));
-  }
+  TriggerType triggerType() const { return static_cast<TriggerType>(triggerCombo->currentValue()); }
   double span() const;
   double sweepTime() const;
   double sweepPeriod() const;
@@ -49,6 +45,4 @@ private:
   FrequencyEdit* spanEdit;
   TimeEdit* sweepTimeEdit;
   TimeEdit* periodEdit;
-  // The combo box's value, for the streaming thread.
-  std::atomic<int> trigger{TriggerContinuous};
 };

@@ -14,19 +14,6 @@
 
 #include <algorithm>
 
-namespace {
-
-// Selects the item whose data is `value`. False when that changes nothing, so that the
-// caller reports the call itself; a new index reports through the box's own signal.
-bool selectItem(MyComboBox* box, int value) {
-  const int index = box->findData(value);
-  if (index < 0 || index == box->currentIndex()) return false;
-  box->setCurrentIndex(index);
-  return true;
-}
-
-}  // namespace
-
 ModeViewStepSweep::ModeViewStepSweep(QWidget* parent)
     : ModeWidget("Step Sweep", 5, parent),
       triggerCombo(new MyComboBox(this)),
@@ -126,11 +113,11 @@ double ModeViewStepSweep::stopAmpl() const { return stopAmplEdit->value(); }
 double ModeViewStepSweep::dwellTime() const { return dwellEdit->value(); }
 
 void ModeViewStepSweep::setTriggerType(TriggerType newType) {
-  if (!selectItem(triggerCombo, newType)) emit updated();
+  if (!triggerCombo->selectValue(newType)) emit updated();
 }
 
 void ModeViewStepSweep::setSweepType(StepSweepType newType) {
-  if (!selectItem(sweepTypeCombo, newType)) emit updated();
+  if (!sweepTypeCombo->selectValue(newType)) emit updated();
 }
 
 void ModeViewStepSweep::setStartFreq(double newStartFreq) {
@@ -163,12 +150,6 @@ void ModeViewStepSweep::setDwellTime(double newDwellTime) {
   emit updated();
 }
 
-void ModeViewStepSweep::triggerIndexChanged(int index) {
-  trigger.store(triggerCombo->itemData(index).toInt(), std::memory_order_relaxed);
-  emit updated();
-}
+void ModeViewStepSweep::triggerIndexChanged(int index) { emit updated(); }
 
-void ModeViewStepSweep::sweepTypeChanged(int index) {
-  type.store(sweepTypeCombo->itemData(index).toInt(), std::memory_order_relaxed);
-  emit updated();
-}
+void ModeViewStepSweep::sweepTypeChanged(int index) { emit updated(); }

@@ -3,14 +3,12 @@
 #pragma once
 
 #include "modes/mode_widget.h"
+#include "widgets/my_combo_box.h"
 #include "modes/step_sweep_plan.h"
-
-#include <atomic>
 
 class DoubleEdit;
 class FrequencyEdit;
 class IntLineEdit;
-class MyComboBox;
 class TimeEdit;
 
 class ModeViewStepSweep : public ModeWidget {
@@ -32,11 +30,9 @@ public:
 
   // Safe on the streaming thread; read once at the start of a run.
   StepSweepSettings settings() const;
-  TriggerType triggerType() const {
-    return static_cast<TriggerType>(trigger.load(std::memory_order_relaxed));
-  }
+  TriggerType triggerType() const { return static_cast<TriggerType>(triggerCombo->currentValue()); }
   StepSweepType sweepType() const {
-    return static_cast<StepSweepType>(type.load(std::memory_order_relaxed));
+    return static_cast<StepSweepType>(sweepTypeCombo->currentValue());
   }
   double startFreq() const;
   double stopFreq() const;
@@ -68,7 +64,4 @@ private:
   DoubleEdit* startAmplEdit;
   DoubleEdit* stopAmplEdit;
   TimeEdit* dwellEdit;
-  // The combo boxes' values, for the streaming thread.
-  std::atomic<int> trigger{TriggerContinuous};
-  std::atomic<int> type{StepSweepFreq};
 };

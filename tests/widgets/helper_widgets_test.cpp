@@ -3,6 +3,7 @@
 #include "widgets/hex_editor.h"
 #include "widgets/hex_validator.h"
 #include "widgets/my_button_group.h"
+#include "widgets/my_combo_box.h"
 #include "widgets/my_list_widget.h"
 
 #include <QPushButton>
@@ -102,6 +103,32 @@ TEST(MyButtonGroup, SetStateFromCodeAlwaysEmits) {
   group.setState(2);  // no such button
   EXPECT_EQ(group.state(), 0);
   EXPECT_EQ(spy.count(), 2);
+}
+
+// The value mirror is what generators read on the streaming thread: it must follow every
+// change of the selection, and selecting by value reports whether the selection moved.
+TEST(MyComboBox, MirrorsTheSelectedValue) {
+  MyComboBox box;
+  EXPECT_EQ(box.currentValue(), -1);
+  box.addItem("Fixed", 0);
+  box.addItem("Random", 1);
+  box.addItem("Parabolic", 7);
+  EXPECT_EQ(box.currentValue(), 0);
+  QSignalSpy changed(&box, qOverload<int>(&QComboBox::currentIndexChanged));
+  const struct {
+    int value;
+    bool moved;
+    int current;
+  } rows[] = {{7, true, 7}, {7, false, 7}, {3, false, 7}, {1, true, 1}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(box.selectValue(row.value), row.moved) << row.value;
+    EXPECT_EQ(box.currentValue(), row.current) << row.value;
+  }
+  EXPECT_EQ(changed.count(), 2);
+  box.setCurrentIndex(0);
+  EXPECT_EQ(box.currentValue(), 0);
+  box.clear();
+  EXPECT_EQ(box.currentValue(), -1);
 }
 
 TEST(MyListWidget, ColoursTheActiveRow) {
