@@ -29,6 +29,9 @@ public:
   void setStep(double newStep) { step_ = newStep; }
   void setArrowKeys(bool enabled) { arrowKeys_ = enabled; }
 
+  // Wide enough for the longest number of the range, so a narrow window can't cut "-107.55".
+  QSize minimumSizeHint() const override;
+
 signals:
   void editUpdated(double);
 
@@ -43,6 +46,7 @@ private:
   void installValidator(QDoubleValidator* validator);
 
   std::atomic<double> value_{0.0};
+  QString widestText;  // of the range's bounds; empty without a range
   double step_ = 0.0;
   bool arrowKeys_ = false;
 };

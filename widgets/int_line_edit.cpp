@@ -6,14 +6,31 @@
 #include <QKeyEvent>
 #include <QLocale>
 
+#include <algorithm>
+
 namespace {
 
-QIntValidator* makeValidator(int minimum, int maximum, QObject* parent) {
-  auto* validator = new QIntValidator(minimum, maximum, parent);
-  // The text is read back as plain base 10: no locale group separators.
-  validator->setLocale(QLocale::c());
-  return validator;
-}
+// Qt's line edit finishes an edit (Return, focus out) only on acceptable text and otherwise
+// asks the validator to fix it up. Without this, an out-of-range count or an empty field
+// would stay on display while the old value stays in force. A number goes to the nearest
+// bound, anything else gives way to the value in force.
+class BoundedIntValidator : public QIntValidator {
+public:
+  BoundedIntValidator(int minimum, int maximum, IntLineEdit* edit)
+      : QIntValidator(minimum, maximum, edit), edit(edit) {
+    // The text is read back as plain base 10: no locale group separators.
+    setLocale(QLocale::c());
+  }
+
+  void fixup(QString& input) const override {
+    bool ok = false;
+    const qlonglong typed = input.toLongLong(&ok, 10);
+    input = QString::number(ok ? std::clamp<qlonglong>(typed, bottom(), top()) : edit->value());
+  }
+
+private:
+  const IntLineEdit* edit;
+};
 
 // Arrow steps may pass the validator's range (the receiving slot clamps) but must not
 // overflow an int.
@@ -28,7 +45,7 @@ int steppedValue(int value, qint64 delta) {
 
 IntLineEdit::IntLineEdit(QWidget* parent) : QLineEdit(parent) {
   setAlignment(Qt::AlignRight);
-  setValidator(makeValidator(minimum_, maximum_, this));
+  setValidator(new BoundedIntValidator(minimum_, maximum_, this));
   setValue(0);
   connect(this, &QLineEdit::editingFinished, this, &IntLineEdit::editChanged);
 }
@@ -42,7 +59,7 @@ void IntLineEdit::setRange(int newMinimum, int newMaximum) {
   minimum_ = newMinimum;
   maximum_ = newMaximum;
   const QValidator* old = validator();
-  setValidator(makeValidator(minimum_, maximum_, this));
+  setValidator(new BoundedIntValidator(minimum_, maximum_, this));
   delete old;
 }
 

@@ -29,13 +29,18 @@ void TimeEdit::setRange(double newMinimum, double newMaximum) {
 
 void TimeEdit::entryChanged() {
   bool ok = false;
-  const double entered = limited(parseTime(text(), value(), &ok));
+  const double typed = parseTime(text(), value(), &ok);
+  const double entered = limited(typed);
   if (!ok) {
     setValue(value());
     return;
   }
-  // An entry equal to the value leaves the typed text as it is.
-  if (entered == value()) return;
+  if (entered == value()) {
+    // Another spelling of the value ("1ms" for 1.000 ms) stays as typed; an entry that the
+    // limits brought back to the value shows the value in force.
+    if (typed != entered) setValue(value());
+    return;
+  }
   setValue(entered);
   emit valueChanged(entered);
 }

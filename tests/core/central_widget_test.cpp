@@ -5,6 +5,7 @@
 #include "core/device.h"
 #include "core/impairment_widget.h"
 #include "panel_fixture.h"
+#include "scpi_client.h"
 #include "modes/mode_widget.h"
 #include "shell/error_queue.h"
 #include "support/events_log.h"
@@ -12,7 +13,9 @@
 #include "widgets/frequency_edit.h"
 #include "widgets/my_list_widget.h"
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSettings>
@@ -107,6 +110,62 @@ TEST_F(CentralWidgetTest, FrontPanelClampsAndLogsAsDocumented) {
       EXPECT_EQ(errorLogCount(), 0);
     }
   }
+}
+
+// Typed entries, ended by Return or Tab, as a user makes them: each field then shows what a
+// remote query reads back, and the level what the device plays.
+TEST_F(CentralWidgetTest, TypedEntriesShowTheValueInForce) {
+  connectDevice();
+  central.setRFEnabled(true);
+  central.show();
+  ScpiClient client(central.scpiServerPort());
+  auto* stack = central.findChild<QStackedWidget*>();
+
+  const QList<DoubleEdit*> panelEdits =
+      central.findChildren<DoubleEdit*>(QString(), Qt::FindDirectChildrenOnly);
+  ASSERT_EQ(panelEdits.size(), 2);
+  auto field = [&](const char* label) -> QLineEdit* {
+    for (QLabel* l : central.findChildren<QLabel*>())
+      if (l->text() == label) return qobject_cast<QLineEdit*>(l->buddy());
+    return nullptr;
+  };
+  const struct {
+    QLineEdit* edit;
+    const char* typed;
+    Qt::Key end;
+    const char* shown;
+    const char* query;
+    const char* reply;
+  } cases[] = {
+      {panelEdits[0], "-130", Qt::Key_Return, "-120", ":POW?", "-120"},
+      {panelEdits[0], "15", Qt::Key_Tab, "10", ":POW?", "10"},
+      {panelEdits[0], "-", Qt::Key_Return, "10", ":POW?", "10"},
+      {panelEdits[1], "150", Qt::Key_Tab, "100", ":POW:STEP?", "100"},
+      {field("Depth(%)"), "150", Qt::Key_Return, "100", ":AM:DEPT?", "100"},
+      {field("Tone Count"), "0", Qt::Key_Tab, "1", ":MTON:NTON?", "1"},
+      {field("Tone Count"), "5000", Qt::Key_Return, "40", ":MTON:NTON?", "40"},
+      {field("Points"), "1", Qt::Key_Tab, "2", ":STEP:POIN?", "2"},
+      {field("Points"), "", Qt::Key_Return, "2", ":STEP:POIN?", "2"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.query) + " typed " + c.typed);
+    ASSERT_NE(c.edit, nullptr);
+    // The remote notice pops up with each command; the panel takes the keys back.
+    QApplication::setActiveWindow(&central);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&central));
+    // A field of a mode view takes focus only on the page on show.
+    for (QWidget* w = c.edit; w; w = w->parentWidget())
+      if (auto* view = qobject_cast<ModeWidget*>(w)) stack->setCurrentWidget(view);
+    c.edit->setFocus();
+    c.edit->selectAll();
+    c.edit->del();
+    QTest::keyClicks(c.edit, c.typed);
+    QTest::keyClick(c.edit, c.end);
+    EXPECT_EQ(c.edit->text(), c.shown);
+    EXPECT_EQ(client.query(c.query), c.reply);
+  }
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSetLevel").empty(); }));
+  EXPECT_DOUBLE_EQ(log.calls("krtSetLevel").back()["args"]["level"].get<double>(), 10.0);
 }
 
 TEST_F(CentralWidgetTest, RestartWithoutDeviceDoesNothing) {

@@ -150,7 +150,7 @@ TEST(Window, DisconnectStopsTheThreadBeforeClosing) {
 
 TEST(Window, StateSurvivesARestart) {
   WarningRecorder recorder;
-  const QRect placed(40, 50, 900, 700);
+  const QRect placed(40, 50, 1000, 720);
   {
     MainWindow window;
     window.show();

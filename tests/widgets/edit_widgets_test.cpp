@@ -6,8 +6,10 @@
 #include "widgets/time_edit.h"
 #include "widgets/unit_format.h"
 
+#include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
+#include <QVBoxLayout>
 
 #include <gtest/gtest.h>
 
@@ -73,9 +75,10 @@ TEST(TimeEdit, Entries) {
       {0, 1, 0.001, "3 s", 1, "1.000 s", 1},
       // Unreadable: the value's text comes back.
       {0, 10, 0.001, "abc", 1e-3, "1.000 ms", 0},
-      // Equal to the value (after limiting): the typed text stays.
+      // Another spelling of the value stays as typed; an entry limited back to the value
+      // shows the value.
       {0, 10, 0.001, "1ms", 1e-3, "1ms", 0},
-      {0, 1, 1, "7 s", 1, "7 s", 0},
+      {0, 1, 1, "7 s", 1, "1.000 s", 0},
   };
   for (const auto& c : cases) {
     TimeEdit edit;
@@ -116,12 +119,74 @@ TEST(DoubleEdit, Entries) {
   EXPECT_EQ(edit.text(), "-35.50");
   EXPECT_EQ(spy.count(), 1);
 
-  // The validator refuses letters and out-of-range numbers never finish an edit.
-  for (const char* refused : {"abc", "50"}) {
-    typeEntry(edit, refused);
-    EXPECT_EQ(edit.value(), -35.5) << refused;
-  }
+  // Letters can't be typed at all.
+  typeEntry(edit, "abc");
+  EXPECT_EQ(edit.value(), -35.5);
   EXPECT_EQ(spy.count(), 1);
+}
+
+// Whether the edit ends by Return or by Tab, the field shows the value in force: a number
+// out of the validator's range at its bound (signalled when that is a change), refused text
+// as the previous value.
+TEST(EditEnd, ShowsTheValueInForce) {
+  struct Case {
+    const char* typed;
+    double value;
+    const char* text;
+    int emits;
+  };
+  const Case levelCases[] = {{"-130", -120, "-120", 1},
+                             {"15", 10, "10", 1},
+                             {"-", -20, "-20", 0},
+                             {"", -20, "-20", 0},
+                             {"-35.5", -35.5, "-35.5", 1}};
+  const Case countCases[] = {
+      {"0", 1, "1", 1}, {"5000", 4000, "4000", 1}, {"", 12, "12", 0}, {"-", 12, "12", 0}};
+  const Case unlimitedCases[] = {{"-", 3, "3", 0}, {"1e", 3, "3", 0}, {"1e3", 1000, "1e3", 1}};
+
+  for (Qt::Key end : {Qt::Key_Return, Qt::Key_Tab}) {
+    QWidget window;
+    auto* layout = new QVBoxLayout(&window);
+    auto* level = new DoubleEdit(-120, 10, 2, -20);
+    auto* count = new IntLineEdit;
+    count->setRange(1, 4000);
+    auto* unlimited = new DoubleEdit;
+    for (QWidget* w : std::initializer_list<QWidget*>{level, count, unlimited})
+      layout->addWidget(w);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+
+    auto run = [&](auto* edit, auto signal, auto reset, auto value, const auto& cases) {
+      for (const Case& c : cases) {
+        reset();
+        edit->setFocus();
+        QSignalSpy spy(edit, signal);
+        edit->selectAll();
+        edit->del();
+        QTest::keyClicks(edit, c.typed);
+        QTest::keyClick(edit, end);
+        const std::string what = std::string(c.typed) + (end == Qt::Key_Tab ? " Tab" : " Return");
+        EXPECT_EQ(value(), c.value) << what;
+        EXPECT_EQ(edit->text(), c.text) << what;
+        EXPECT_EQ(spy.count(), c.emits) << what;
+      }
+    };
+    run(
+        level, &DoubleEdit::editUpdated, [&] { level->setValue(-20); },
+        [&] { return level->value(); }, levelCases);
+    run(
+        count, &IntLineEdit::valueChanged, [&] { count->setValue(12); },
+        [&] { return double(count->value()); }, countCases);
+    run(
+        unlimited, &DoubleEdit::editUpdated, [&] { unlimited->setValue(3); },
+        [&] { return unlimited->value(); }, unlimitedCases);
+  }
+}
+
+TEST(DoubleEdit, NarrowestWidthHoldsTheRange) {
+  DoubleEdit level(-120, 10, 2, -20);
+  EXPECT_GT(level.minimumSizeHint().width(), level.fontMetrics().horizontalAdvance("-107.55"));
 }
 
 TEST(IntLineEdit, Entries) {
