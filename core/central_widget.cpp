@@ -39,7 +39,8 @@ constexpr int modeIndexRole = 256;
 }  // namespace
 
 CentralWidget::CentralWidget(Device* device, ImpairmentWidget* impairments, QWidget* parent,
-                             Qt::WindowFlags flags)
+                             Qt::WindowFlags flags,
+                             const std::function<void(ModeRegistry&)>& registerUnits)
     : QWidget(parent, flags), device(device), impairments(impairments), engine(device, &opcGate) {
   engine.setImpairments(impairments);
   engine.setConnectionLostHandler([this] { emit deviceConnectionLost(); });
@@ -48,10 +49,10 @@ CentralWidget::CentralWidget(Device* device, ImpairmentWidget* impairments, QWid
   connectFrontPanel();
   buildModeList();
   layOutPanel();
-  addAmFmViews();
-  addPulseView();
-  addMultitoneView();
-  addSweepViews();
+  // Index 0 is the plain carrier, played until the first mode is enabled.
+  modeUnits.setGenerator(0, [this](ModeHost&) { generateCW(); });
+  registerUnits(modeUnits);
+  for (ModeWidget* view : modeUnits.views()) addMode(view);
 
   QPalette pal = palette();
   pal.setColor(QPalette::Window, Qt::white);

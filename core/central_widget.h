@@ -5,6 +5,9 @@
 #include "core/opc_gate.h"
 #include "core/stream_engine.h"
 #include "core/tune_record.h"
+#include "modes/mode_host.h"
+#include "modes/mode_list.h"
+#include "modes/mode_registry.h"
 #include "remote/scpi.h"
 
 #include <QList>
@@ -12,17 +15,12 @@
 #include <QWidget>
 
 #include <atomic>
+#include <functional>
 
 class Device;
 class DoubleEdit;
 class FrequencyEdit;
 class ImpairmentWidget;
-class ModeViewAM;
-class ModeViewFM;
-class ModeViewMultitone;
-class ModeViewPulse;
-class ModeViewRampSweep;
-class ModeViewStepSweep;
 class ModeWidget;
 class MyButtonGroup;
 class MyListWidget;
@@ -44,28 +42,30 @@ class SCPIRemoteDialog;
 // Every change of a setting ends in settingsChanged(), which stops and joins the streaming
 // thread, sends the few settings that need a stopped stream, and starts a new thread; the new
 // thread reads everything else from the controls. Nothing reaches into a running loop.
-class CentralWidget : public QWidget {
+// The modes come from their units' registration; this class names none of them.
+class CentralWidget : public QWidget, public ModeHost {
   Q_OBJECT
 public:
+  // `registerUnits` fills the mode list, the dispatch and the routing of the mode rows.
   CentralWidget(Device* device, ImpairmentWidget* impairments, QWidget* parent = nullptr,
-                Qt::WindowFlags flags = Qt::WindowFlags());
+                Qt::WindowFlags flags = Qt::WindowFlags(),
+                const std::function<void(ModeRegistry&)>& registerUnits = registerModeUnits);
   ~CentralWidget() override;
 
   void startStreaming();
   void startStreamingQuiet();
   void stopStreaming();
-  bool isStreaming() const { return engine.isStreaming(); }
 
   // The checked "Enabled" box's mode index; 0 while none is checked.
-  int currentMode() const;
+  int currentMode() const override;
   // Adds a view to the list, the stack and the mode group.
   void addMode(ModeWidget* view);
   const QList<ModeWidget*>& views() const { return modeViews; }
   ModeWidget* currentView() const { return activeMode.load(); }
 
   // Front panel values, as the generators read them on the streaming thread.
-  double frequency() const;
-  double level() const;
+  double frequency() const override;
+  double level() const override;
   double frequencyStep() const;
   double levelStep() const;
   bool rfEnabled() const;
@@ -73,15 +73,22 @@ public:
   bool referenceEnabled() const;
   OpcGate& gate() { return opcGate; }
 
-  // The shared submit routine of every generator; see StreamEngine.
-  void submitWaveform(const Sample* samples, int64_t length, bool singleShot);
-
-  // What the mode generators use on the streaming thread.
-  Device* session() const { return device; }
-  ImpairmentWidget* impairmentPanel() const { return impairments; }
-  StreamEngine& streamEngine() { return engine; }
-  // Retunes to the panel's frequency and level less `levelOffsetDb`, at `sampleRateHz`.
-  void retuneForMode(double sampleRateHz, double levelOffsetDb = 0.0);
+  // What the mode units use; see ModeHost.
+  const std::atomic<bool>& runFlag() const override { return engine.streaming; }
+  bool takeTriggerRequest() override;
+  void retune(double sampleRateHz, double levelOffsetDb = 0.0) override;
+  void submitWaveform(const Sample* samples, int64_t length, bool singleShot) override;
+  void setDeviceSampleRate(double sampleRateHz) override;
+  void setDeviceFrequency(double frequencyHz) override;
+  void setDeviceLevel(double levelDbm) override;
+  void submitIQ(const Sample* samples, int count) override;
+  void flushAndWait() override;
+  bool connectionLost() override;
+  void setOutputReady() override;
+  void showProgress() override { emit showProgressDialogSignal(); }
+  void setProgress(int percent) override { emit setProgressPercentSignal(percent); }
+  void hideProgress() override { emit hideProgressDialogSignal(); }
+  void selectMode(int modeIndex) override;
 
   // Presets: the whole instrument in one INI file.
   void savePreset(const QString& path);
@@ -154,29 +161,11 @@ private:
   void runGenerator(int modeIndex);
   void runOffState();
   void generateCW();
-  // Each mode group makes its views and adds them with addMode, in list order.
-  void addAmFmViews();
-  void addPulseView();
-  void addMultitoneView();
-  void addSweepViews();
-  void generateAM();
-  void generateFM();
-  void generatePulse();
-  void generateMultitone();
-  void generateStepSweep();
-  void generateRampSweep();
 
   void setUpRemote();
   void showRemoteDialog();
   void handleCommonCommand(Scpi& command, int id);
   void handleSourceCommand(Scpi& command, int id);
-  // A mode's first row: ON selects the mode as the user would; OFF does nothing at all.
-  void handleModeStateRow(Scpi& command, int modeIndex, bool query);
-  void handleAmFmRows(Scpi& command, int id);
-  void handlePulseRows(Scpi& command, int id);
-  void handleMultitoneRows(Scpi& command, int id);
-  void handleSweepRows(Scpi& command, int id);
-  void selectMode(int modeIndex);
   void loadHeadKeys(QSettings& settings);
 
   QTcpServer scpiServer;
@@ -207,12 +196,8 @@ private:
   QPushButton* presetButton;
   QPushButton* recalButton;
   MyListWidget* modeList;
-  ModeViewAM* modeViewAM = nullptr;
-  ModeViewFM* modeViewFM = nullptr;
-  ModeViewPulse* modeViewPulse = nullptr;
-  ModeViewMultitone* modeViewMultitone = nullptr;
-  ModeViewStepSweep* modeViewStepSweep = nullptr;
-  ModeViewRampSweep* modeViewRampSweep = nullptr;
+  // Filled by the units at construction: the views, the dispatch and the mode rows.
+  ModeRegistry modeUnits;
   QList<ModeWidget*> modeViews;
   QScrollArea* modeScrollArea;
   MyStackedWidget* modeStack;

@@ -94,25 +94,9 @@ void CentralWidget::handleScpiCommand(Scpi* command) {
     handleCommonCommand(*command, id);
   else if (id <= 55)
     handleSourceCommand(*command, id);
-  else if (id <= 71)
-    handleAmFmRows(*command, id);
-  else if (id <= 79)
-    handlePulseRows(*command, id);
-  else if (id <= 91)
-    handleMultitoneRows(*command, id);
-  else if (id <= 119)
-    handleSweepRows(*command, id);
-  // Later rows act once their views exist.
-}
-
-void CentralWidget::handleModeStateRow(Scpi& command, int modeIndex, bool query) {
-  if (query) {
-    addBoolResponse(command, currentMode() == modeIndex);
-    return;
-  }
-  bool on = false;
-  if (!command.nextBool(on) || !on || currentMode() == modeIndex) return;
-  selectMode(modeIndex);
+  else if (const ModeRegistry::RowHandler* handler = modeUnits.rowHandler(id))
+    (*handler)(*this, *command, id);
+  // Rows that no unit owns match and do nothing.
 }
 
 void CentralWidget::handleCommonCommand(Scpi& command, int id) {

@@ -40,22 +40,42 @@ void CentralWidget::streamingThreadMain() {
 // Indices without a generator leave the thread at once; `streaming` stays set and the next
 // restart joins it.
 void CentralWidget::runGenerator(int modeIndex) {
-  switch (modeIndex) {
-    case 0: generateCW(); break;
-    case 1: generateAM(); break;
-    case 2: generateFM(); break;
-    case 3: generatePulse(); break;
-    case 4: generateMultitone(); break;
-    case 5: generateStepSweep(); break;
-    case 6: generateRampSweep(); break;
-    default: break;
-  }
-}
-
-void CentralWidget::retuneForMode(double sampleRateHz, double levelOffsetDb) {
-  device->retune(TuneRecord{frequency(), level() - levelOffsetDb, sampleRateHz, 0.0, 0.0});
+  if (const ModeRegistry::Generator* generator = modeUnits.generator(modeIndex))
+    (*generator)(*this);
 }
 
 void CentralWidget::runOffState() { engine.runOffState(frequency(), level()); }
 
 void CentralWidget::generateCW() { engine.generateCW(frequency(), level()); }
+
+// ---- What the mode units use on the streaming thread ----------------------------------------
+
+bool CentralWidget::takeTriggerRequest() {
+  if (engine.triggerRequests.load(std::memory_order_relaxed) < 1) return false;
+  engine.triggerRequests.store(0, std::memory_order_relaxed);
+  return true;
+}
+
+void CentralWidget::retune(double sampleRateHz, double levelOffsetDb) {
+  device->retune(TuneRecord{frequency(), level() - levelOffsetDb, sampleRateHz, 0.0, 0.0});
+}
+
+void CentralWidget::setDeviceSampleRate(double sampleRateHz) {
+  device->setSampleRate(sampleRateHz);
+}
+
+void CentralWidget::setDeviceFrequency(double frequencyHz) { device->setFrequency(frequencyHz); }
+
+void CentralWidget::setDeviceLevel(double levelDbm) { device->setLevel(levelDbm); }
+
+void CentralWidget::submitIQ(const Sample* samples, int count) { device->submitIQ(samples, count); }
+
+void CentralWidget::flushAndWait() { device->flushAndWait(); }
+
+bool CentralWidget::connectionLost() {
+  if (!device->connectionFailed()) return false;
+  emit deviceConnectionLost();
+  return true;
+}
+
+void CentralWidget::setOutputReady() { opcGate.setOutputReady(true); }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // AM and FM builds at their largest periods against a plain per-definition baseline. Both are
 // tiny next to a thread restart; the numbers are reported, not judged.
-#include "modes/am_fm_builder.h"
+#include "modes/am_fm/am_fm_builder.h"
 
 #include <benchmark/benchmark.h>
 

@@ -4,7 +4,7 @@
 // Every build reports the peak of live heap bytes it caused (a counting operator new) as
 // "peak_MB". `bench_multitone --rss fast|direct <tones> <spacing Hz>` builds once in a fresh
 // process and prints the growth of the resident set instead.
-#include "modes/multitone_builder.h"
+#include "modes/multitone/multitone_builder.h"
 
 #include <benchmark/benchmark.h>
 

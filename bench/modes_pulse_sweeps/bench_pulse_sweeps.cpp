@@ -7,8 +7,8 @@
 // build, measured in a fresh process (this program started again with --measure=<case>):
 // peak_rss_MB is the growth of the resident high-water mark (VmHWM), peak_vm_MB that of the
 // address space (VmPeak).
-#include "modes/pulse_builder.h"
-#include "modes/ramp_sweep_builder.h"
+#include "modes/pulse/pulse_builder.h"
+#include "modes/ramp_sweep/ramp_sweep_builder.h"
 #include "tests/support/ramp_reference.h"
 
 #include <benchmark/benchmark.h>

@@ -7,9 +7,9 @@
 #include "core/impairment_widget.h"
 #include "panel_fixture.h"
 #include "scpi_client.h"
-#include "modes/mode_view_pulse.h"
-#include "modes/mode_view_ramp_sweep.h"
-#include "modes/mode_view_step_sweep.h"
+#include "modes/pulse/mode_view_pulse.h"
+#include "modes/ramp_sweep/mode_view_ramp_sweep.h"
+#include "modes/step_sweep/mode_view_step_sweep.h"
 #include "shell/error_queue.h"
 #include "support/events_log.h"
 

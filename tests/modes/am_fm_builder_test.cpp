@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // AM and FM builders against their defining numbers, and the signals as an engineer measures
 // them: AM depth from the envelope, FM deviation from the instantaneous frequency.
-#include "modes/am_fm_builder.h"
+#include "modes/am_fm/am_fm_builder.h"
 
 #include <gtest/gtest.h>
 

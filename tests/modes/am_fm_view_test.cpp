@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The AM and FM views: form, slots and clamps, the FM coupling of rate and deviation, presets.
-#include "modes/mode_view_am.h"
-#include "modes/mode_view_fm.h"
+#include "modes/am_fm/mode_view_am.h"
+#include "modes/am_fm/mode_view_fm.h"
 #include "widgets/double_edit.h"
 #include "widgets/frequency_edit.h"
 #include "widgets/my_combo_box.h"

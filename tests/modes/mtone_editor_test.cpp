@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // MtoneEditor: rows, validation limits, and the tone table as CSV.
-#include "modes/mtone_editor.h"
+#include "modes/multitone/mtone_editor.h"
 
 #include "widgets/frequency_edit.h"
 

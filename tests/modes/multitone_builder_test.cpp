@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Multitone builder: rate, buffer and tone rules, the comb's spectrum, agreement with
 // tone-by-tone synthesis, progress hooks, and settings that build nothing.
-#include "modes/multitone_builder.h"
+#include "modes/multitone/multitone_builder.h"
 
 #include "dsp/fftw_plan.h"
 #include "dsp/vec_random.h"

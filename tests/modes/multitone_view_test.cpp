@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // ModeViewMultitone: form, clamps and the product rule, defaults, seed enabling, presets.
-#include "modes/mode_view_multitone.h"
+#include "modes/multitone/mode_view_multitone.h"
 
 #include "widgets/int_line_edit.h"
 #include "widgets/my_combo_box.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Pulse, ramp sweep and step sweep builds against the numbers they are defined by, and their
 // envelopes and frequencies measured from the samples.
-#include "modes/pulse_builder.h"
-#include "modes/ramp_sweep_builder.h"
-#include "modes/step_sweep_plan.h"
+#include "modes/pulse/pulse_builder.h"
+#include "modes/ramp_sweep/ramp_sweep_builder.h"
+#include "modes/step_sweep/step_sweep_plan.h"
 #include "support/ramp_reference.h"
 
 #include <gtest/gtest.h>

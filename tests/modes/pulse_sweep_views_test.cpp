@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Views of pulse, step sweep and ramp sweep: forms, clamps, couplings and preset groups.
-#include "modes/mode_view_pulse.h"
-#include "modes/mode_view_ramp_sweep.h"
-#include "modes/mode_view_step_sweep.h"
+#include "modes/pulse/mode_view_pulse.h"
+#include "modes/ramp_sweep/mode_view_ramp_sweep.h"
+#include "modes/step_sweep/mode_view_step_sweep.h"
 #include "widgets/my_form_layout.h"
 
 #include <QComboBox>

@@ -5,7 +5,7 @@
 #include "modes/mode_types.h"
 #include "modes/mode_widget.h"
 #include "widgets/my_combo_box.h"
-#include "modes/multitone_builder.h"
+#include "modes/multitone/multitone_builder.h"
 
 class FrequencyEdit;
 class IntLineEdit;

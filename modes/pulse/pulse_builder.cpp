@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Pure build of one pulse period: an on/off envelope with two-sample raised-cosine edges.
-#include "modes/pulse_builder.h"
+#include "modes/pulse/pulse_builder.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 // The AM view (mode 1): rate, depth and shape of the amplitude modulation.
 #pragma once
 
-#include "modes/am_fm_builder.h"
+#include "modes/am_fm/am_fm_builder.h"
 #include "modes/mode_types.h"
 #include "modes/mode_widget.h"
 #include "widgets/my_combo_box.h"

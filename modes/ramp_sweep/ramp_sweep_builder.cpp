@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Pure build of one ramp sweep period: a linear chirp at baseband by oscillator recursion.
-#include "modes/ramp_sweep_builder.h"
+#include "modes/ramp_sweep/ramp_sweep_builder.h"
 
 #include <algorithm>
 #include <cmath>

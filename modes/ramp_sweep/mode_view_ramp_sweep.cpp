@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // View of the ramp sweep: span, sweep time and period, the period never below the sweep time.
-#include "modes/mode_view_ramp_sweep.h"
+#include "modes/ramp_sweep/mode_view_ramp_sweep.h"
 
 #include "widgets/frequency_edit.h"
 #include "widgets/my_combo_box.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Table editor of tones (frequency offset and phase a row), saved and loaded as CSV.
-#include "modes/mtone_editor.h"
+#include "modes/multitone/mtone_editor.h"
 
 #include "modes/csv_table.h"
 #include "shell/file_dialogs.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // View of the pulse mode: trigger, width and period, the width never above the period.
-#include "modes/mode_view_pulse.h"
+#include "modes/pulse/mode_view_pulse.h"
 
 #include "widgets/my_combo_box.h"
 #include "widgets/my_form_layout.h"

@@ -4,7 +4,7 @@
 
 #include "modes/mode_widget.h"
 #include "widgets/my_combo_box.h"
-#include "modes/ramp_sweep_builder.h"
+#include "modes/ramp_sweep/ramp_sweep_builder.h"
 
 class FrequencyEdit;
 class TimeEdit;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // View of the step sweep: start and stop of frequency and level, points and dwell.
-#include "modes/mode_view_step_sweep.h"
+#include "modes/step_sweep/mode_view_step_sweep.h"
 
 #include "widgets/double_edit.h"
 #include "widgets/frequency_edit.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Pure builders of one modulation period of AM and FM.
-#include "modes/am_fm_builder.h"
+#include "modes/am_fm/am_fm_builder.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The FM view (mode 2): rate, deviation and shape, kept within a factor 1000.
-#include "modes/mode_view_fm.h"
+#include "modes/am_fm/mode_view_fm.h"
 
 #include "widgets/frequency_edit.h"
 #include "widgets/my_combo_box.h"

@@ -4,7 +4,7 @@
 
 #include "modes/mode_widget.h"
 #include "widgets/my_combo_box.h"
-#include "modes/pulse_builder.h"
+#include "modes/pulse/pulse_builder.h"
 
 class QLabel;
 class TimeEdit;

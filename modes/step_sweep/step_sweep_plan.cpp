@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Pure plan of a step sweep: the frequency and level of each point and the dwell in samples.
-#include "modes/step_sweep_plan.h"
+#include "modes/step_sweep/step_sweep_plan.h"
 
 #include <algorithm>
 

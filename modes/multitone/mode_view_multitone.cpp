@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Multitone view: phase law, seed, tone count, spacing and notch of the comb.
-#include "modes/mode_view_multitone.h"
+#include "modes/multitone/mode_view_multitone.h"
 
 #include "widgets/frequency_edit.h"
 #include "widgets/int_line_edit.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The AM view (mode 1): rate, depth and shape of the amplitude modulation.
-#include "modes/mode_view_am.h"
+#include "modes/am_fm/mode_view_am.h"
 
 #include "widgets/double_edit.h"
 #include "widgets/frequency_edit.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Pure builder of the multitone comb: rate, buffer length, tone frequencies and phases, samples.
-#include "modes/multitone_builder.h"
+#include "modes/multitone/multitone_builder.h"
 
 #include "dsp/fftw_plan.h"
 #include "dsp/vec_arith.h"

@@ -4,7 +4,7 @@
 
 #include "modes/mode_widget.h"
 #include "widgets/my_combo_box.h"
-#include "modes/step_sweep_plan.h"
+#include "modes/step_sweep/step_sweep_plan.h"
 
 class DoubleEdit;
 class FrequencyEdit;

@@ -2,7 +2,7 @@
 // The FM view (mode 2): rate, deviation and shape, kept within a factor 1000.
 #pragma once
 
-#include "modes/am_fm_builder.h"
+#include "modes/am_fm/am_fm_builder.h"
 #include "modes/mode_types.h"
 #include "modes/mode_widget.h"
 #include "widgets/my_combo_box.h"

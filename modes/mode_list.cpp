@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// Every mode unit of the instrument, in the order of the mode list.
+#include "modes/mode_list.h"
+
+#include "modes/am_fm/am_fm_unit.h"
+#include "modes/multitone/multitone_unit.h"
+#include "modes/pulse/pulse_unit.h"
+#include "modes/ramp_sweep/ramp_sweep_unit.h"
+#include "modes/step_sweep/step_sweep_unit.h"
+
+void registerModeUnits(ModeRegistry& registry) {
+  registerAmFmModes(registry);
+  registerPulseMode(registry);
+  registerMultitoneMode(registry);
+  registerStepSweepMode(registry);
+  registerRampSweepMode(registry);
+}

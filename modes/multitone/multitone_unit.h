@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+// The multitone mode as a unit: view, generator and remote rows 80 to 91.
+#pragma once
+
+class ModeRegistry;
+
+void registerMultitoneMode(ModeRegistry& registry);
