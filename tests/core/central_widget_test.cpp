@@ -6,6 +6,8 @@
 #include "core/impairment_widget.h"
 #include "panel_fixture.h"
 #include "scpi_client.h"
+#include "modes/mode_host.h"
+#include "modes/mode_registry.h"
 #include "modes/mode_widget.h"
 #include "shell/error_queue.h"
 #include "support/events_log.h"
@@ -38,6 +40,46 @@ public:
   void loadSettings(QSettings*) override {}
   int defaults = 0;
 };
+
+// A unit added the way every mode is added: its own view, generator and rows, one
+// registration line; index 15 and rows 128 and 129 belong to no instrument mode.
+void registerWithThrowawayUnit(ModeRegistry& registry) {
+  registerModeUnits(registry);
+  auto* view = new PlainView("Throwaway", 15);
+  registry.addView(view);
+  registry.setGenerator(15, [](ModeHost& host) {
+    static const std::vector<Sample> samples(1000, Sample(0.5f, -0.5f));
+    host.retune(1e6);
+    host.submitWaveform(samples.data(), static_cast<int64_t>(samples.size()), false);
+  });
+  registry.addRows(128, 129, [](ModeHost& host, Scpi& command, int row) {
+    handleModeStateRow(host, command, 15, row == 129);
+  });
+}
+
+class ThrowawayUnitTest : public PanelFixtureOf<registerWithThrowawayUnit> {};
+
+TEST_F(ThrowawayUnitTest, JoinsTheListTheDispatchAndTheRemoteRows) {
+  auto* list = central.findChild<MyListWidget*>();
+  ASSERT_NE(list->findModeRow(15), nullptr);
+  EXPECT_EQ(list->findModeRow(15)->text(), "Throwaway");
+  EXPECT_EQ(list->item(list->count() - 1), list->findModeRow(15)) << "after the instrument's";
+
+  connectDevice();
+  central.setRFEnabled(true);
+  central.setModEnabled(true);
+  ScpiClient client(central.scpiServerPort());
+  EXPECT_EQ(client.query(":RAD:CUST?"), "0");
+  log.mark();
+  client.command(":RAD:CUST ON");
+  EXPECT_EQ(central.currentMode(), 15);
+  EXPECT_EQ(client.query(":RAD:CUST?"), "1");
+  ASSERT_TRUE(waitUntil([&] {
+    for (auto& call : log.calls("krtSetSampleRate"))
+      if (call["args"]["sampleRate"].get<double>() == 1e6) return !log.calls("krtSubmitIQ").empty();
+    return false;
+  }));
+}
 
 class CentralWidgetTest : public PanelFixture {
 protected:

@@ -14,8 +14,9 @@
 #include <cstdio>
 
 // The device is closed at first; connectDevice() opens it and starts the thread. A left-over
-// unplug file and error log entries of earlier tests are cleared.
-class PanelFixture : public ::testing::Test {
+// unplug file and error log entries of earlier tests are cleared. `Units` registers the modes.
+template <void (*Units)(ModeRegistry&) = registerModeUnits>
+class PanelFixtureOf : public ::testing::Test {
 protected:
   void SetUp() override {
     std::remove(unplugPath().c_str());
@@ -34,6 +35,8 @@ protected:
 
   Device device;
   ImpairmentWidget impairments;
-  CentralWidget central{&device, &impairments};
+  CentralWidget central{&device, &impairments, nullptr, Qt::WindowFlags(), Units};
   EventsLog log{eventsPath()};
 };
+
+using PanelFixture = PanelFixtureOf<>;
