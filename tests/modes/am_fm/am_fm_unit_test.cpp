@@ -5,8 +5,8 @@
 
 #include "core/device.h"
 #include "core/impairment_widget.h"
-#include "panel_fixture.h"
-#include "scpi_client.h"
+#include "core/panel_fixture.h"
+#include "core/scpi_client.h"
 #include "modes/am_fm/mode_view_am.h"
 #include "modes/am_fm/mode_view_fm.h"
 #include "modes/my_stacked_widget.h"

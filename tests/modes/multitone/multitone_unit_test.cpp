@@ -6,8 +6,8 @@
 
 #include "core/device.h"
 #include "core/impairment_widget.h"
-#include "panel_fixture.h"
-#include "scpi_client.h"
+#include "core/panel_fixture.h"
+#include "core/scpi_client.h"
 #include "modes/multitone/mode_view_multitone.h"
 #include "modes/multitone/multitone_builder.h"
 #include "modes/my_stacked_widget.h"
