@@ -4,17 +4,15 @@
 
 #include "krt/krt_api.h"
 
-#include <cerrno>
 #include <chrono>
 #include <cmath>
-#include <csignal>
 #include <cstdlib>
-#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <poll.h>
 #include <sstream>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 extern char** environ;
@@ -22,16 +20,8 @@ extern char** environ;
 namespace krttest {
 
 void ChildReport::line(const std::string& text) {
-  std::string t = text + "\n";
-  const char* p = t.data();
-  size_t left = t.size();
-  while (left > 0) {
-    const ssize_t n = ::write(fd_, p, left);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return;
-    p += n;
-    left -= static_cast<size_t>(n);
-  }
+  const std::string t = text + "\n";
+  if (::write(fd_, t.data(), t.size()) != static_cast<ssize_t>(t.size())) ++failures_;
 }
 
 void ChildReport::value(const std::string& key, double v) {
@@ -59,15 +49,14 @@ std::string ChildResult::describe() const {
   return s;
 }
 
+// The child writes its report and standard error to files of a private folder; an alarm ends
+// it at the time-out.
 ChildResult runInChild(const std::map<std::string, std::string>& env,
                        const std::function<void(ChildReport&)>& body, double timeoutSeconds) {
-  int reportPipe[2], errPipe[2];
-  if (::pipe(reportPipe) != 0 || ::pipe(errPipe) != 0) return {};
+  TempDir dir;
+  const std::string reportPath = dir.path("report"), errPath = dir.path("stderr");
   const pid_t pid = ::fork();
   if (pid == 0) {
-    ::close(reportPipe[0]);
-    ::close(errPipe[0]);
-    ::dup2(errPipe[1], 2);
     std::vector<std::string> names;
     for (char** e = environ; *e; ++e) {
       const std::string entry(*e);
@@ -76,7 +65,9 @@ ChildResult runInChild(const std::map<std::string, std::string>& env,
     for (const auto& n : names) ::unsetenv(n.c_str());
     ::setenv("KRT40_SIM_OPEN_MS", "0", 1);
     for (const auto& kv : env) ::setenv(kv.first.c_str(), kv.second.c_str(), 1);
-    ChildReport report(reportPipe[1]);
+    if (!std::freopen(errPath.c_str(), "w", stderr)) ::_exit(3);
+    ChildReport report(::creat(reportPath.c_str(), 0600));
+    ::alarm(static_cast<unsigned>(std::ceil(timeoutSeconds)));
     try {
       body(report);
     } catch (const std::exception& e) {
@@ -85,42 +76,15 @@ ChildResult runInChild(const std::map<std::string, std::string>& env,
     std::fflush(stderr);
     ::_exit(report.failures() ? 1 : 0);
   }
-  ::close(reportPipe[1]);
-  ::close(errPipe[1]);
-  ChildResult result;
-  std::string reportText;
-  const double deadline = monotonicSeconds() + timeoutSeconds;
-  bool reportOpen = true, errOpen = true, timedOut = false;
-  while (reportOpen || errOpen) {
-    const double left = deadline - monotonicSeconds();
-    if (left <= 0) {
-      timedOut = true;
-      ::kill(pid, SIGKILL);
-      break;
-    }
-    pollfd fds[2] = {{reportPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-    if (!reportOpen) fds[0].fd = -1;
-    if (!errOpen) fds[1].fd = -1;
-    if (::poll(fds, 2, static_cast<int>(left * 1000) + 1) < 0 && errno != EINTR) break;
-    char buffer[4096];
-    for (int i = 0; i < 2; ++i) {
-      if (fds[i].fd < 0 || !(fds[i].revents & (POLLIN | POLLHUP | POLLERR))) continue;
-      const ssize_t n = ::read(fds[i].fd, buffer, sizeof buffer);
-      if (n <= 0) {
-        (i == 0 ? reportOpen : errOpen) = false;
-      } else {
-        (i == 0 ? reportText : result.stderrText).append(buffer, static_cast<size_t>(n));
-      }
-    }
-  }
-  ::close(reportPipe[0]);
-  ::close(errPipe[0]);
   int status = 0;
   ::waitpid(pid, &status, 0);
-  result.exitCode = (!timedOut && WIFEXITED(status)) ? WEXITSTATUS(status) : -1;
-  if (timedOut)
-    result.failures.push_back("time-out after " + std::to_string(timeoutSeconds) + " s");
-  std::istringstream lines(reportText);
+  ChildResult result;
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  if (WIFSIGNALED(status))
+    result.failures.push_back("ended by signal " + std::to_string(WTERMSIG(status)) +
+                              " (14: time-out after " + std::to_string(timeoutSeconds) + " s)");
+  result.stderrText = readFile(errPath);
+  std::istringstream lines(readFile(reportPath));
   std::string l;
   while (std::getline(lines, l)) {
     if (l.rfind("F ", 0) == 0) {
@@ -183,9 +147,17 @@ std::vector<Json> annotations(const Json& meta, const std::string& label) {
   return out;
 }
 
+int deviceEvents(const std::vector<Json>& events, const std::string& name) {
+  int n = 0;
+  for (const Json& e : events) n += e.at("fn") == "device" && e.at("args").at("event") == name;
+  return n;
+}
+
 double monotonicSeconds() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
+
+void sleepSeconds(double s) { std::this_thread::sleep_for(std::chrono::duration<double>(s)); }
 
 int openDefault(ChildReport& report) {
   int handle = -1;

@@ -4,7 +4,7 @@
 
 // The library reads its configuration once per process, so every scenario that calls krt_api
 // runs in a child forked from the (single-threaded) test process, which itself never calls
-// the library. The child reports values and failed checks through a pipe; its standard error
+// the library. The child reports values and failed checks through a file; its standard error
 // is captured too. Files it leaves (recordings, events logs) are checked by the parent.
 
 #include <functional>
@@ -35,7 +35,7 @@ private:
 #define CHILD_CHECK(report, cond) ((cond) ? (void)0 : (report).fail(__FILE__, __LINE__, #cond))
 
 struct ChildResult {
-  int exitCode = -1;                  // -1: killed by a signal or the time-out
+  int exitCode = -1;                  // -1: ended by a signal or the time-out
   std::vector<std::string> failures;  // "file:line: expression" of failed CHILD_CHECKs
   std::map<std::string, double> values;
   std::string stderrText;
@@ -75,7 +75,10 @@ Json readJson(const std::string& path);
 Json captureAt(const Json& meta, long long position);
 // Annotations with this label, in file order.
 std::vector<Json> annotations(const Json& meta, const std::string& label);
+// Device lines of an events log with this event name ("underrun", "abort", "flushed", ...).
+int deviceEvents(const std::vector<Json>& events, const std::string& name);
 // Seconds of the monotonic clock.
 double monotonicSeconds();
+void sleepSeconds(double s);
 
 }  // namespace krttest

@@ -163,6 +163,7 @@ TEST(KrtRecording, SegmentsAndTriggersSitAtTheirSamplePositions) {
   }
 }
 
+// Speed 0 plays unpaced: three seconds of samples at 1e3 go at once.
 TEST(KrtRecording, StopsAtTheLimitWhilePlaybackGoesOn) {
   TempDir dir;
   const std::string prefix = dir.path("limit");
@@ -171,12 +172,17 @@ TEST(KrtRecording, StopsAtTheLimitWhilePlaybackGoesOn) {
       {{"KRT40_SIM_SPEED", "0"}, {"KRT40_SIM_RECORD", prefix}, {"KRT40_SIM_RECORD_MAX", "1000"}},
       [&](ChildReport& r) {
         const int h = openDefault(r);
+        CHILD_CHECK(r, krtSetSampleRate(h, 1e3) == 0);
+        const double t0 = monotonicSeconds();
         for (int i = 0; i < 3; ++i) CHILD_CHECK(r, krtSubmitIQ(h, iq.data() + 2000 * i, 1000) == 0);
         CHILD_CHECK(r, krtSubmitTrigger(h) == 0);  // past the limit: not recorded
+        CHILD_CHECK(r, krtFlushAndWait(h) == 0);
+        r.value("seconds", monotonicSeconds() - t0);
         CHILD_CHECK(r, krtGetUSBStatus(h) == 0);
         CHILD_CHECK(r, krtCloseDevice(h) == 0);
       });
   ASSERT_EQ(c.exitCode, 0) << c.describe();
+  EXPECT_LT(c.at("seconds"), 0.1);
   const std::string data = readFile(prefix + ".sigmf-data");
   ASSERT_EQ(data.size(), 1000u * 8);
   EXPECT_EQ(std::memcmp(data.data(), iq.data(), data.size()), 0);

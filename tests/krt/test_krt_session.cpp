@@ -2,7 +2,6 @@
 // Tests of the simulated krt_api: device list, open, handles, settings checks, configuration.
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -112,23 +111,15 @@ TEST(KrtSession, CallsOnAHandleThatIsNotOpenFailAndDoNothing) {
       std::vector<float> iq(20, 0.5f);
       int serial = -7, version = -7;
       float temperature = -7;
-      CHILD_CHECK(r, krtCloseDevice(h) != 0);
-      CHILD_CHECK(r, krtAbort(h) != 0);
-      CHILD_CHECK(r, krtGetSerialNumber(h, &serial) != 0);
-      CHILD_CHECK(r, krtGetFirmwareVersion(h, &version) != 0);
-      CHILD_CHECK(r, krtGetUSBStatus(h) != 0);
-      CHILD_CHECK(r, krtReadTemperature(h, &temperature) != 0);
-      CHILD_CHECK(r, krtSetFrequency(h, 1e9) != 0);
-      CHILD_CHECK(r, krtSetLevel(h, -10) != 0);
-      CHILD_CHECK(r, krtSetSampleRate(h, 1e6) != 0);
-      CHILD_CHECK(r, krtSetDigitalTuning(h, 1) != 0);
-      CHILD_CHECK(r, krtSetIQOffset(h, 1, 2) != 0);
-      CHILD_CHECK(r, krtSetTimebase(h, 1) != 0);
-      CHILD_CHECK(r, krtSetTimebaseOffset(h, 1) != 0);
-      CHILD_CHECK(r, krtSetRFOutputState(h, 1) != 0);
-      CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 10) != 0);
-      CHILD_CHECK(r, krtSubmitTrigger(h) != 0);
-      CHILD_CHECK(r, krtFlushAndWait(h) != 0);
+      // All 17 calls answer -1, "handle not open".
+      const int sum = krtCloseDevice(h) + krtAbort(h) + krtGetSerialNumber(h, &serial) +
+                      krtGetFirmwareVersion(h, &version) + krtGetUSBStatus(h) +
+                      krtReadTemperature(h, &temperature) + krtSetFrequency(h, 1e9) +
+                      krtSetLevel(h, -10) + krtSetSampleRate(h, 1e6) + krtSetDigitalTuning(h, 1) +
+                      krtSetIQOffset(h, 1, 2) + krtSetTimebase(h, 1) + krtSetTimebaseOffset(h, 1) +
+                      krtSetRFOutputState(h, 1) + krtSubmitIQ(h, iq.data(), 10) +
+                      krtSubmitTrigger(h) + krtFlushAndWait(h);
+      CHILD_CHECK(r, sum == -17);
       CHILD_CHECK(r, serial == -7 && version == -7 && temperature == -7);
     }
     // The device itself is unharmed: it opens again.
@@ -138,82 +129,70 @@ TEST(KrtSession, CallsOnAHandleThatIsNotOpenFailAndDoNothing) {
   ASSERT_EQ(c.exitCode, 0) << c.describe();
 }
 
-// One settings call, its expected status and the value the recording shows afterwards.
+// The settings a clamp row exercises, each with its key in the capture segments.
+enum Setting { Frequency, Level, Rate, IqOffset, TimebaseOffset, Timebase, Tuning, RfOutput };
+const char* const kFields[] = {"core:frequency",
+                               "krt40:level_dbm",
+                               "krt40:sample_rate",
+                               "krt40:iq_offset",
+                               "krt40:timebase_offset_ppm",
+                               "krt40:timebase",
+                               "krt40:digital_tuning",
+                               "krt40:rf_output"};
+
+int set(int h, Setting setting, double a, double b) {
+  switch (setting) {
+    case Frequency: return krtSetFrequency(h, a);
+    case Level: return krtSetLevel(h, a);
+    case Rate: return krtSetSampleRate(h, a);
+    case IqOffset: return krtSetIQOffset(h, static_cast<int>(a), static_cast<int>(b));
+    case TimebaseOffset: return krtSetTimebaseOffset(h, a);
+    case Timebase: return krtSetTimebase(h, static_cast<int>(a));
+    case Tuning: return krtSetDigitalTuning(h, static_cast<int>(a));
+    case RfOutput: return krtSetRFOutputState(h, static_cast<int>(a));
+  }
+  return -99;
+}
+
+// One settings call after a known value (`before`; the I/Q offset starts at 0, 0), its
+// status and the value the recording shows afterwards.
 struct ClampRow {
-  const char* name;
-  std::function<int(int)> baseline;  // sets the field to a known value first
-  std::function<int(int)> call;
+  Setting setting;
+  double before, a, b;
   bool warns;
-  const char* field;  // key in the capture segment
   Json expected;
 };
 
 TEST(KrtSession, OutOfRangeSettingsAreClampedWithAWarning) {
-  const std::vector<ClampRow> rows = {
-      {"frequency in range", [](int h) { return krtSetFrequency(h, 2e9); },
-       [](int h) { return krtSetFrequency(h, 1e9); }, false, "core:frequency", 1e9},
-      {"frequency low", [](int h) { return krtSetFrequency(h, 2e9); },
-       [](int h) { return krtSetFrequency(h, 29e6); }, true, "core:frequency", 30e6},
-      {"frequency high", [](int h) { return krtSetFrequency(h, 2e9); },
-       [](int h) { return krtSetFrequency(h, 6.5e9); }, true, "core:frequency", 6e9},
-      {"frequency NaN", [](int h) { return krtSetFrequency(h, 2e9); },
-       [](int h) { return krtSetFrequency(h, kNaN); }, true, "core:frequency", 2e9},
-      {"frequency inf", [](int h) { return krtSetFrequency(h, 2e9); },
-       [](int h) { return krtSetFrequency(h, kInf); }, true, "core:frequency", 2e9},
-      {"level in range", [](int h) { return krtSetLevel(h, -20); },
-       [](int h) { return krtSetLevel(h, -50); }, false, "krt40:level_dbm", -50.0},
-      {"level low", [](int h) { return krtSetLevel(h, -20); },
-       [](int h) { return krtSetLevel(h, -130); }, true, "krt40:level_dbm", -120.0},
-      {"level high", [](int h) { return krtSetLevel(h, -20); },
-       [](int h) { return krtSetLevel(h, 11); }, true, "krt40:level_dbm", 10.0},
-      {"level NaN", [](int h) { return krtSetLevel(h, -20); },
-       [](int h) { return krtSetLevel(h, kNaN); }, true, "krt40:level_dbm", -20.0},
-      {"level -inf", [](int h) { return krtSetLevel(h, -20); },
-       [](int h) { return krtSetLevel(h, -kInf); }, true, "krt40:level_dbm", -20.0},
-      {"rate in range", [](int h) { return krtSetSampleRate(h, 1e6); },
-       [](int h) { return krtSetSampleRate(h, 54e6); }, false, "krt40:sample_rate", 54e6},
-      {"rate high", [](int h) { return krtSetSampleRate(h, 1e6); },
-       [](int h) { return krtSetSampleRate(h, 60e6); }, true, "krt40:sample_rate", 54e6},
-      {"rate zero", [](int h) { return krtSetSampleRate(h, 1e6); },
-       [](int h) { return krtSetSampleRate(h, 0); }, true, "krt40:sample_rate", 1.0},
-      {"rate negative", [](int h) { return krtSetSampleRate(h, 1e6); },
-       [](int h) { return krtSetSampleRate(h, -5); }, true, "krt40:sample_rate", 1.0},
-      {"rate NaN", [](int h) { return krtSetSampleRate(h, 1e6); },
-       [](int h) { return krtSetSampleRate(h, kNaN); }, true, "krt40:sample_rate", 1e6},
-      {"iq offset in range", [](int h) { return krtSetIQOffset(h, 0, 0); },
-       [](int h) { return krtSetIQOffset(h, 1024, -1024); }, false, "krt40:iq_offset",
-       Json::array({1024, -1024})},
-      {"iq offset high", [](int h) { return krtSetIQOffset(h, 0, 0); },
-       [](int h) { return krtSetIQOffset(h, 2000, 5); }, true, "krt40:iq_offset",
-       Json::array({1024, 5})},
-      {"iq offset low", [](int h) { return krtSetIQOffset(h, 0, 0); },
-       [](int h) { return krtSetIQOffset(h, 5, -1025); }, true, "krt40:iq_offset",
-       Json::array({5, -1024})},
-      {"timebase offset in range", [](int h) { return krtSetTimebaseOffset(h, 0); },
-       [](int h) { return krtSetTimebaseOffset(h, -1.5); }, false, "krt40:timebase_offset_ppm",
-       -1.5},
-      {"timebase offset high", [](int h) { return krtSetTimebaseOffset(h, 0.5); },
-       [](int h) { return krtSetTimebaseOffset(h, 3); }, true, "krt40:timebase_offset_ppm", 2.0},
-      {"timebase offset low", [](int h) { return krtSetTimebaseOffset(h, 0.5); },
-       [](int h) { return krtSetTimebaseOffset(h, -2.5); }, true, "krt40:timebase_offset_ppm",
-       -2.0},
-      {"timebase offset NaN", [](int h) { return krtSetTimebaseOffset(h, 0.5); },
-       [](int h) { return krtSetTimebaseOffset(h, kNaN); }, true, "krt40:timebase_offset_ppm", 0.5},
-      {"timebase external", [](int h) { return krtSetTimebase(h, 0); },
-       [](int h) { return krtSetTimebase(h, 1); }, false, "krt40:timebase", 1},
-      {"timebase 2", [](int h) { return krtSetTimebase(h, 0); },
-       [](int h) { return krtSetTimebase(h, 2); }, true, "krt40:timebase", 1},
-      {"timebase -1", [](int h) { return krtSetTimebase(h, 1); },
-       [](int h) { return krtSetTimebase(h, -1); }, true, "krt40:timebase", 0},
-      {"digital tuning on", [](int h) { return krtSetDigitalTuning(h, 0); },
-       [](int h) { return krtSetDigitalTuning(h, 1); }, false, "krt40:digital_tuning", true},
-      {"digital tuning 5", [](int h) { return krtSetDigitalTuning(h, 0); },
-       [](int h) { return krtSetDigitalTuning(h, 5); }, true, "krt40:digital_tuning", true},
-      {"rf output off", [](int h) { return krtSetRFOutputState(h, 1); },
-       [](int h) { return krtSetRFOutputState(h, 0); }, false, "krt40:rf_output", false},
-      {"rf output 7", [](int h) { return krtSetRFOutputState(h, 0); },
-       [](int h) { return krtSetRFOutputState(h, 7); }, true, "krt40:rf_output", true},
-  };
+  const std::vector<ClampRow> rows = {{Frequency, 2e9, 1e9, 0, false, 1e9},
+                                      {Frequency, 2e9, 29e6, 0, true, 30e6},
+                                      {Frequency, 2e9, 6.5e9, 0, true, 6e9},
+                                      {Frequency, 2e9, kNaN, 0, true, 2e9},
+                                      {Frequency, 2e9, kInf, 0, true, 2e9},
+                                      {Level, -20, -50, 0, false, -50.0},
+                                      {Level, -20, -130, 0, true, -120.0},
+                                      {Level, -20, 11, 0, true, 10.0},
+                                      {Level, -20, kNaN, 0, true, -20.0},
+                                      {Level, -20, -kInf, 0, true, -20.0},
+                                      {Rate, 1e6, 54e6, 0, false, 54e6},
+                                      {Rate, 1e6, 60e6, 0, true, 54e6},
+                                      {Rate, 1e6, 0, 0, true, 1.0},
+                                      {Rate, 1e6, -5, 0, true, 1.0},
+                                      {Rate, 1e6, kNaN, 0, true, 1e6},
+                                      {IqOffset, 0, 1024, -1024, false, Json::array({1024, -1024})},
+                                      {IqOffset, 0, 2000, 5, true, Json::array({1024, 5})},
+                                      {IqOffset, 0, 5, -1025, true, Json::array({5, -1024})},
+                                      {TimebaseOffset, 0, -1.5, 0, false, -1.5},
+                                      {TimebaseOffset, 0.5, 3, 0, true, 2.0},
+                                      {TimebaseOffset, 0.5, -2.5, 0, true, -2.0},
+                                      {TimebaseOffset, 0.5, kNaN, 0, true, 0.5},
+                                      {Timebase, 0, 1, 0, false, 1},
+                                      {Timebase, 0, 2, 0, true, 1},
+                                      {Timebase, 1, -1, 0, true, 0},
+                                      {Tuning, 0, 1, 0, false, true},
+                                      {Tuning, 0, 5, 0, true, true},
+                                      {RfOutput, 1, 0, 0, false, false},
+                                      {RfOutput, 0, 7, 0, true, true}};
   TempDir dir;
   const std::string prefix = dir.path("clamp");
   const ChildResult c =
@@ -221,9 +200,9 @@ TEST(KrtSession, OutOfRangeSettingsAreClampedWithAWarning) {
         const int h = openDefault(r);
         const float sample[2] = {1.0f, 0.0f};
         for (size_t k = 0; k < rows.size(); ++k) {
-          CHILD_CHECK(r, rows[k].baseline(h) == 0);
+          CHILD_CHECK(r, set(h, rows[k].setting, rows[k].before, 0) == 0);
           CHILD_CHECK(r, krtSubmitIQ(h, sample, 1) == 0);  // sample 2k
-          r.value("ret" + std::to_string(k), rows[k].call(h));
+          r.value("ret" + std::to_string(k), set(h, rows[k].setting, rows[k].a, rows[k].b));
           CHILD_CHECK(r, krtSubmitIQ(h, sample, 1) == 0);  // sample 2k + 1
         }
         CHILD_CHECK(r, krtCloseDevice(h) == 0);
@@ -232,16 +211,12 @@ TEST(KrtSession, OutOfRangeSettingsAreClampedWithAWarning) {
   const Json meta = readJson(prefix + ".sigmf-meta");
   ASSERT_TRUE(meta.contains("captures"));
   for (size_t k = 0; k < rows.size(); ++k) {
-    SCOPED_TRACE(rows[k].name);
-    const double ret = c.at("ret" + std::to_string(k));
-    if (rows[k].warns) {
-      EXPECT_NE(ret, 0);
-    } else {
-      EXPECT_EQ(ret, 0);
-    }
+    const char* field = kFields[rows[k].setting];
+    SCOPED_TRACE(std::string(field) + " row " + std::to_string(k));
+    EXPECT_EQ(c.at("ret" + std::to_string(k)) != 0, rows[k].warns);
     const Json capture = captureAt(meta, static_cast<long long>(2 * k + 1));
-    ASSERT_TRUE(capture.contains(rows[k].field)) << capture.dump();
-    EXPECT_EQ(capture[rows[k].field], rows[k].expected);
+    ASSERT_TRUE(capture.contains(field)) << capture.dump();
+    EXPECT_EQ(capture[field], rows[k].expected);
   }
 }
 
