@@ -5,6 +5,8 @@
 #include "dsp/sample.h"
 #include "dsp/vec_alloc.h"
 
+#include <algorithm>
+#include <cmath>
 #include <random>
 #include <vector>
 
@@ -37,4 +39,17 @@ inline std::vector<Sample> randomSamples(int n, unsigned seed) {
   std::vector<Sample> v(n);
   for (int i = 0; i < n; ++i) v[i] = Sample(f[2 * i], f[2 * i + 1]);
   return v;
+}
+
+// Largest absolute difference between got[i] and expected[i].
+template <class T>
+double worstError(const T* got, const std::vector<T>& expected) {
+  double worst = 0;
+  for (size_t i = 0; i < expected.size(); ++i)
+    worst = std::max(worst, static_cast<double>(std::abs(got[i] - expected[i])));
+  return worst;
+}
+template <class T>
+double worstError(const std::vector<T>& got, const std::vector<T>& expected) {
+  return worstError(got.data(), expected);
 }

@@ -3,7 +3,6 @@
 #include "dsp/vec_fft.h"
 #include "dsp/vec_fir.h"
 #include "dsp/vec_status.h"
-#include "dsp/vec_tone.h"
 #include "dsp_test_data.h"
 
 #include <gtest/gtest.h>
@@ -25,13 +24,6 @@ std::vector<Sample> directDft(const std::vector<Sample>& x, int sign) {
     out[k] = Sample(sum);
   }
   return out;
-}
-
-double worstError(const Sample* a, const std::vector<Sample>& b) {
-  double worst = 0;
-  for (size_t i = 0; i < b.size(); ++i)
-    worst = std::max(worst, static_cast<double>(std::abs(a[i] - b[i])));
-  return worst;
 }
 
 struct ScaleCase {
@@ -65,19 +57,6 @@ TEST(VecFft, MatchesDirectDftWithEachScalingInAndOutOfPlace) {
         EXPECT_LT(worstError(src.get(), inv), tolerance) << order << " flags " << s.flags;
       }
     }
-}
-
-TEST(VecFft, ToneLandsInItsBin) {
-  const int order = 10, n = 1 << order;
-  auto fft = vecFftCreate(order, VecFftNoScale, VecHintAccurate);
-  for (int bin : {0, 1, 100, 512, 1000}) {
-    std::vector<Sample> x(n), X(n);
-    float phase = 0.0f;
-    vecTone32fc(x.data(), n, 1.0f, static_cast<float>(bin) / n, &phase, VecHintAccurate);
-    vecFftForward32fc(x.data(), X.data(), fft.get());
-    for (int k = 0; k < n; ++k)
-      ASSERT_NEAR(std::abs(X[k]), k == bin ? n : 0.0, 2e-3) << bin << " at " << k;
-  }
 }
 
 TEST(VecFft, RefusesOrdersAndFlagsOutOfRange) {

@@ -16,14 +16,6 @@ namespace {
 
 constexpr VecFirMethod kMethods[] = {VecFirMethod::Auto, VecFirMethod::Direct, VecFirMethod::Fft};
 
-template <class T>
-double worstError(const std::vector<T>& got, const std::vector<T>& expected) {
-  double worst = 0;
-  for (size_t i = 0; i < got.size(); ++i)
-    worst = std::max(worst, static_cast<double>(std::abs(got[i] - expected[i])));
-  return worst;
-}
-
 // Every path, with complex taps, real taps held as complex (a path of its own) and real data.
 TEST(VecFir, MatchesConvolutionSumOnEveryPath) {
   for (int taps : {1, 2, 5, 15, 64, 65, 200, 1023})

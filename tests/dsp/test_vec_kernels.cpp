@@ -108,15 +108,6 @@ TEST_P(ElementKernels, MatchPlainLoopAndWriteNothingElse) {
 INSTANTIATE_TEST_SUITE_P(All, ElementKernels, ::testing::ValuesIn(elementCases()),
                          [](const auto& info) { return info.param.name; });
 
-TEST(ArithKernels, InPlaceEqualsOutOfPlace) {
-  const int n = 1001;
-  const std::vector<Sample> a = randomSamples(n, 1), b = randomSamples(n, 2);
-  std::vector<Sample> out(n), inPlace = a;
-  vecMul32fc(a.data(), b.data(), out.data(), n);
-  vecMul32fc(inPlace.data(), b.data(), inPlace.data(), n);
-  EXPECT_EQ(inPlace, out);
-}
-
 TEST(ArithKernels, DivisionByZeroFailsAndLeavesDestination) {
   std::vector<float> src(9, 1.0f), dst(9, kSentinel);
   EXPECT_EQ(vecDivC32f(src.data(), 0.0f, dst.data(), 9), VecErrDivByZero);
