@@ -18,80 +18,95 @@
 
 namespace {
 
-// Overtypes the whole field and presses Return, as a user would.
-void typeEntry(QLineEdit& edit, const QString& text) {
-  edit.selectAll();
-  if (text.isEmpty()) {
-    edit.del();
-  } else {
-    QTest::keyClicks(&edit, text);
-  }
-  QTest::keyClick(&edit, Qt::Key_Return);
-}
+// One entry typed over the whole field from a start value: the value and text in force once
+// the edit ends, and how many change signals it drew (carrying the new value).
+struct Entry {
+  double start;
+  const char* typed;
+  double value;
+  const char* text;
+  int emits;
+};
 
-TEST(FrequencyEdit, Entries) {
-  const struct {
-    double start;
-    const char* typed;
-    double value;
-    const char* text;
-    int emits;
-  } cases[] = {
-      {1e6, "2", 2e6, "2.000000 MHz", 1},
-      {500, "2", 2, "2.000000 Hz", 1},
-      {1e9, "1.5 GHz", 1.5e9, "1.500000 GHz", 1},
-      {1e6, "-1", -1e6, "-1.000000 MHz", 1},
-      // Invalid or unchanged entries return to the format of the value, silently.
-      {1e9, "abc", 1e9, "1.000000 GHz", 0},
-      {1e9, "1e6", 1e9, "1.000000 GHz", 0},
-      {1e9, "1000 MHz", 1e9, "1.000000 GHz", 0},
-  };
-  for (const auto& c : cases) {
-    FrequencyEdit edit(c.start);
-    QSignalSpy spy(&edit, &FrequencyEdit::valueChanged);
-    typeEntry(edit, c.typed);
-    EXPECT_DOUBLE_EQ(edit.value(), c.value) << c.typed;
-    EXPECT_EQ(edit.text(), c.text) << c.typed;
-    ASSERT_EQ(spy.count(), c.emits) << c.typed;
-    if (c.emits) {
-      EXPECT_DOUBLE_EQ(spy.at(0).at(0).toDouble(), c.value);
-    }
+template <class Edit, class Signal>
+void checkEntries(Edit* edit, Signal signal, Qt::Key end, std::initializer_list<Entry> rows) {
+  for (const Entry& c : rows) {
+    const std::string what = std::string(edit->metaObject()->className()) + " " + c.typed +
+                             (end == Qt::Key_Tab ? " Tab" : " Return");
+    if constexpr (std::is_same_v<Edit, IntLineEdit>)
+      edit->setValue(static_cast<int>(c.start));
+    else
+      edit->setValue(c.start);
+    edit->setFocus();
+    QSignalSpy spy(edit, signal);
+    edit->selectAll();
+    edit->del();
+    QTest::keyClicks(edit, c.typed);
+    QTest::keyClick(edit, end);
+    EXPECT_DOUBLE_EQ(edit->value(), c.value) << what;
+    EXPECT_EQ(edit->text(), c.text) << what;
+    ASSERT_EQ(spy.count(), c.emits) << what;
+    if (c.emits) EXPECT_DOUBLE_EQ(spy.at(0).at(0).toDouble(), c.value) << what;
   }
 }
 
-TEST(TimeEdit, Entries) {
-  const struct {
-    double minimum, maximum, start;
-    const char* typed;
-    double value;
-    const char* text;
-    int emits;
-  } cases[] = {
-      {0, 10, 0.001, "5 ms", 5e-3, "5.000 ms", 1},
-      {0, 10, 0.001, "5m", 5e-3, "5.000 ms", 1},
-      {0, 10, 0.001, "5 us", 5e-6, "5.000 us", 1},
-      {0, 10, 0.001, "5u", 5e-6, "5.000 us", 1},
-      {0, 10, 0.001, "2", 2e-3, "2.000 ms", 1},
-      {0, 1, 0.001, "3 s", 1, "1.000 s", 1},
-      // Unreadable: the value's text comes back.
-      {0, 10, 0.001, "abc", 1e-3, "1.000 ms", 0},
-      // Another spelling of the value stays as typed; an entry limited back to the value
-      // shows the value.
-      {0, 10, 0.001, "1ms", 1e-3, "1ms", 0},
-      {0, 1, 1, "7 s", 1, "1.000 s", 0},
-  };
-  for (const auto& c : cases) {
-    TimeEdit edit;
-    edit.setRange(c.minimum, c.maximum);
-    edit.setValue(c.start);
-    QSignalSpy spy(&edit, &TimeEdit::valueChanged);
-    typeEntry(edit, c.typed);
-    EXPECT_DOUBLE_EQ(edit.value(), c.value) << c.typed;
-    EXPECT_EQ(edit.text(), c.text) << c.typed;
-    ASSERT_EQ(spy.count(), c.emits) << c.typed;
-    if (c.emits) {
-      EXPECT_DOUBLE_EQ(spy.at(0).at(0).toDouble(), c.value);
-    }
+// Whether the edit ends by Return or by Tab, the field shows the value in force: a number out
+// of range at its bound (signalled when that is a change), refused or unchanged text as the
+// value; letters can't be typed into the number fields at all.
+TEST(EditEnd, ShowsTheValueInForce) {
+  for (Qt::Key end : {Qt::Key_Return, Qt::Key_Tab}) {
+    QWidget window;
+    auto* layout = new QVBoxLayout(&window);
+    auto* frequency = new FrequencyEdit(1e6);
+    auto* time = new TimeEdit;
+    time->setRange(0, 10);
+    auto* level = new DoubleEdit(-120, 10, 2, -20);
+    auto* count = new IntLineEdit;
+    count->setRange(1, 4000);
+    auto* unlimited = new DoubleEdit;
+    for (QWidget* w : std::initializer_list<QWidget*>{frequency, time, level, count, unlimited})
+      layout->addWidget(w);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+
+    // A bare number takes the unit in which the value is shown.
+    checkEntries(frequency, &FrequencyEdit::valueChanged, end,
+                 {{1e6, "2", 2e6, "2.000000 MHz", 1},
+                  {500, "2", 2, "2.000000 Hz", 1},
+                  {1e9, "1.5 GHz", 1.5e9, "1.500000 GHz", 1},
+                  {1e6, "-1", -1e6, "-1.000000 MHz", 1},
+                  {1e9, "abc", 1e9, "1.000000 GHz", 0},
+                  {1e9, "1e6", 1e9, "1.000000 GHz", 0},
+                  {1e9, "1000 MHz", 1e9, "1.000000 GHz", 0}});
+    checkEntries(time, &TimeEdit::valueChanged, end,
+                 {{1e-3, "5 ms", 5e-3, "5.000 ms", 1},
+                  {1e-3, "5m", 5e-3, "5.000 ms", 1},
+                  {1e-3, "5u", 5e-6, "5.000 us", 1},
+                  {1e-3, "2", 2e-3, "2.000 ms", 1},
+                  {1e-3, "30 s", 10, "10.000 s", 1},
+                  {1e-3, "abc", 1e-3, "1.000 ms", 0},
+                  // Another spelling of the value stays as typed; an entry limited back to
+                  // the value shows the value.
+                  {1e-3, "1ms", 1e-3, "1ms", 0},
+                  {10, "70 s", 10, "10.000 s", 0}});
+    checkEntries(level, &DoubleEdit::editUpdated, end,
+                 {{-20, "-130", -120, "-120", 1},
+                  {-20, "15", 10, "10", 1},
+                  {-20, "-", -20, "-20", 0},
+                  {-20, "", -20, "-20", 0},
+                  {-20, "abc", -20, "-20", 0},
+                  {-20, "-35.5", -35.5, "-35.5", 1},
+                  {-35.5, "-35.50", -35.5, "-35.50", 0}});
+    checkEntries(count, &IntLineEdit::valueChanged, end,
+                 {{12, "0", 1, "1", 1},
+                  {12, "5000", 4000, "4000", 1},
+                  {12, "", 12, "12", 0},
+                  {12, "-", 12, "12", 0},
+                  {12, "42", 42, "42", 1},
+                  {42, "042", 42, "042", 0}});
+    checkEntries(unlimited, &DoubleEdit::editUpdated, end,
+                 {{3, "-", 3, "3", 0}, {3, "1e", 3, "3", 0}, {3, "1e3", 1000, "1e3", 1}});
   }
 }
 
@@ -104,99 +119,9 @@ TEST(TimeEdit, NewLimitsApplyToTheValueSilently) {
   EXPECT_EQ(spy.count(), 0);
 }
 
-TEST(DoubleEdit, Entries) {
-  DoubleEdit edit(-120, 10, 2, -20);
-  EXPECT_EQ(edit.text(), "-20");
-  QSignalSpy spy(&edit, &DoubleEdit::editUpdated);
-
-  typeEntry(edit, "-35.5");
-  EXPECT_EQ(edit.value(), -35.5);
-  ASSERT_EQ(spy.count(), 1);
-  EXPECT_EQ(spy.at(0).at(0).toDouble(), -35.5);
-
-  // Same number, other spelling: no signal and the text stays as typed.
-  typeEntry(edit, "-35.50");
-  EXPECT_EQ(edit.text(), "-35.50");
-  EXPECT_EQ(spy.count(), 1);
-
-  // Letters can't be typed at all.
-  typeEntry(edit, "abc");
-  EXPECT_EQ(edit.value(), -35.5);
-  EXPECT_EQ(spy.count(), 1);
-}
-
-// Whether the edit ends by Return or by Tab, the field shows the value in force: a number
-// out of the validator's range at its bound (signalled when that is a change), refused text
-// as the previous value.
-TEST(EditEnd, ShowsTheValueInForce) {
-  struct Case {
-    const char* typed;
-    double value;
-    const char* text;
-    int emits;
-  };
-  const Case levelCases[] = {{"-130", -120, "-120", 1},
-                             {"15", 10, "10", 1},
-                             {"-", -20, "-20", 0},
-                             {"", -20, "-20", 0},
-                             {"-35.5", -35.5, "-35.5", 1}};
-  const Case countCases[] = {
-      {"0", 1, "1", 1}, {"5000", 4000, "4000", 1}, {"", 12, "12", 0}, {"-", 12, "12", 0}};
-  const Case unlimitedCases[] = {{"-", 3, "3", 0}, {"1e", 3, "3", 0}, {"1e3", 1000, "1e3", 1}};
-
-  for (Qt::Key end : {Qt::Key_Return, Qt::Key_Tab}) {
-    QWidget window;
-    auto* layout = new QVBoxLayout(&window);
-    auto* level = new DoubleEdit(-120, 10, 2, -20);
-    auto* count = new IntLineEdit;
-    count->setRange(1, 4000);
-    auto* unlimited = new DoubleEdit;
-    for (QWidget* w : std::initializer_list<QWidget*>{level, count, unlimited})
-      layout->addWidget(w);
-    window.show();
-    QApplication::setActiveWindow(&window);
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-
-    auto run = [&](auto* edit, auto signal, auto reset, auto value, const auto& cases) {
-      for (const Case& c : cases) {
-        reset();
-        edit->setFocus();
-        QSignalSpy spy(edit, signal);
-        edit->selectAll();
-        edit->del();
-        QTest::keyClicks(edit, c.typed);
-        QTest::keyClick(edit, end);
-        const std::string what = std::string(c.typed) + (end == Qt::Key_Tab ? " Tab" : " Return");
-        EXPECT_EQ(value(), c.value) << what;
-        EXPECT_EQ(edit->text(), c.text) << what;
-        EXPECT_EQ(spy.count(), c.emits) << what;
-      }
-    };
-    run(
-        level, &DoubleEdit::editUpdated, [&] { level->setValue(-20); },
-        [&] { return level->value(); }, levelCases);
-    run(
-        count, &IntLineEdit::valueChanged, [&] { count->setValue(12); },
-        [&] { return double(count->value()); }, countCases);
-    run(
-        unlimited, &DoubleEdit::editUpdated, [&] { unlimited->setValue(3); },
-        [&] { return unlimited->value(); }, unlimitedCases);
-  }
-}
-
 TEST(DoubleEdit, NarrowestWidthHoldsTheRange) {
   DoubleEdit level(-120, 10, 2, -20);
   EXPECT_GT(level.minimumSizeHint().width(), level.fontMetrics().horizontalAdvance("-107.55"));
-}
-
-TEST(IntLineEdit, Entries) {
-  IntLineEdit edit;
-  QSignalSpy spy(&edit, &IntLineEdit::valueChanged);
-  typeEntry(edit, "42");
-  typeEntry(edit, "042");
-  EXPECT_EQ(edit.value(), 42);
-  ASSERT_EQ(spy.count(), 1);
-  EXPECT_EQ(spy.at(0).at(0).toInt(), 42);
 }
 
 // One arrow-key case for any of the three stepping edits.
