@@ -16,58 +16,46 @@
 
 namespace {
 
-const Preferences kStored{false, 6000, true};
-
-// Opens the dialog on kStored, checks that it shows those values, and enters `entered`.
-void openAndEnter(PreferencesEditor& editor, const Preferences& entered) {
-  editor.show();
-  EXPECT_FALSE(editor.scpiEnabledBox()->isChecked());
-  EXPECT_EQ(editor.scpiPortEdit()->value(), 6000);
-  EXPECT_TRUE(editor.powerSavingCpuModeBox()->isChecked());
-  editor.scpiEnabledBox()->setChecked(entered.scpiEnabled);
-  editor.scpiPortEdit()->setValue(entered.scpiPort);
-  editor.powerSavingCpuModeBox()->setChecked(entered.powerSavingCpuMode);
-}
-
-void expectStored(const Preferences& expected) {
-  EXPECT_EQ(preferences.scpiEnabled, expected.scpiEnabled);
-  EXPECT_EQ(preferences.scpiPort, expected.scpiPort);
-  EXPECT_EQ(preferences.powerSavingCpuMode, expected.powerSavingCpuMode);
-}
-
-TEST(PreferencesEditor, AcceptStoresAndSetsTheLibraryMode) {
+TEST(PreferencesEditor, OnlyAcceptStoresAndSetsTheLibraryMode) {
   EventsLog log(std::getenv("KRT40_SIM_EVENTS"));
-  // The port has no range check: 70000 is taken as it stands.
-  for (const Preferences& entered :
-       {Preferences{true, 5025, false}, Preferences{false, 70000, true}}) {
-    preferences = kStored;
+  const Preferences stored{false, 6000, true};
+  enum Exit { Accept, Close, Escape };
+  const struct {
+    Exit exit;
+    Preferences entered;
+  } rows[] = {{Accept, {true, 5025, false}},
+              {Accept, {false, 70000, true}},  // the port has no range check
+              {Close, {true, 5025, false}},
+              {Escape, {true, 5025, false}}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.exit);
+    preferences = stored;
     log.mark();
     PreferencesEditor editor;
-    openAndEnter(editor, entered);
-    QTest::mouseClick(editor.acceptButton(), Qt::LeftButton);
-    EXPECT_EQ(editor.result(), QDialog::Accepted);
-    expectStored(entered);
-    const auto calls = log.calls("krtEnablePowerSavingCpuMode");
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0]["args"]["enabled"], entered.powerSavingCpuMode ? 1 : 0);
-  }
-}
-
-TEST(PreferencesEditor, OtherExitsChangeNothing) {
-  EventsLog log(std::getenv("KRT40_SIM_EVENTS"));
-  preferences = kStored;
-  for (const bool escape : {false, true}) {
-    PreferencesEditor editor;
-    openAndEnter(editor, {true, 5025, false});
-    if (escape)
+    editor.show();
+    EXPECT_FALSE(editor.scpiEnabledBox()->isChecked());
+    EXPECT_EQ(editor.scpiPortEdit()->value(), 6000);
+    EXPECT_TRUE(editor.powerSavingCpuModeBox()->isChecked());
+    editor.scpiEnabledBox()->setChecked(row.entered.scpiEnabled);
+    editor.scpiPortEdit()->setValue(row.entered.scpiPort);
+    editor.powerSavingCpuModeBox()->setChecked(row.entered.powerSavingCpuMode);
+    if (row.exit == Accept)
+      QTest::mouseClick(editor.acceptButton(), Qt::LeftButton);
+    else if (row.exit == Escape)
       QTest::keyClick(&editor, Qt::Key_Escape);
     else
       editor.close();
-    EXPECT_EQ(editor.result(), QDialog::Rejected);
+    const bool accepted = row.exit == Accept;
+    EXPECT_EQ(editor.result(), accepted ? QDialog::Accepted : QDialog::Rejected);
     EXPECT_FALSE(editor.isVisible());
+    const Preferences& expected = accepted ? row.entered : stored;
+    EXPECT_EQ(preferences.scpiEnabled, expected.scpiEnabled);
+    EXPECT_EQ(preferences.scpiPort, expected.scpiPort);
+    EXPECT_EQ(preferences.powerSavingCpuMode, expected.powerSavingCpuMode);
+    const auto calls = log.calls("krtEnablePowerSavingCpuMode");
+    ASSERT_EQ(calls.size(), accepted ? 1u : 0u);
+    if (accepted) EXPECT_EQ(calls[0]["args"]["enabled"], expected.powerSavingCpuMode ? 1 : 0);
   }
-  expectStored(kStored);
-  EXPECT_TRUE(log.calls("krtEnablePowerSavingCpuMode").empty());
 }
 
 }  // namespace
