@@ -2,23 +2,18 @@
 // The front panel: clamps, the restart path, mode selection and the factory preset.
 #include "core/central_widget.h"
 
-#include "core/device.h"
-#include "core/impairment_widget.h"
 #include "panel_fixture.h"
 #include "scpi_client.h"
 #include "modes/mode_host.h"
 #include "modes/mode_registry.h"
 #include "modes/mode_widget.h"
 #include "shell/error_queue.h"
-#include "support/events_log.h"
 #include "widgets/double_edit.h"
-#include "widgets/frequency_edit.h"
 #include "widgets/my_list_widget.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
-#include <QListWidget>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
@@ -26,8 +21,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
 
 namespace {
 
@@ -99,61 +92,6 @@ protected:
   }
 };
 
-TEST_F(CentralWidgetTest, FrontPanelClampsAndLogsAsDocumented) {
-  struct Case {
-    const char* what;
-    std::function<void(CentralWidget&)> act;
-    std::function<double(CentralWidget&)> read;
-    double expected;
-    const char* logged;  // null: silent
-  };
-  auto freq = [](CentralWidget& c) { return c.frequency(); };
-  auto fstep = [](CentralWidget& c) { return c.frequencyStep(); };
-  auto level = [](CentralWidget& c) { return c.level(); };
-  auto lstep = [](CentralWidget& c) { return c.levelStep(); };
-  const std::vector<Case> cases = {
-      {"29 MHz", [](CentralWidget& c) { c.setCenterFrequency(29e6); }, freq, 30e6,
-       "Center frequency clamped"},
-      {"6.5 GHz", [](CentralWidget& c) { c.setCenterFrequency(6.5e9); }, freq, 6e9,
-       "Center frequency clamped"},
-      {"in range", [](CentralWidget& c) { c.setCenterFrequency(2.45e9); }, freq, 2.45e9, nullptr},
-      {"step -1", [](CentralWidget& c) { c.setStepFrequency(-1); }, fstep, 0,
-       "Step frequency clamped"},
-      {"step 7 GHz", [](CentralWidget& c) { c.setStepFrequency(7e9); }, fstep, 6e9,
-       "Step frequency clamped"},
-      {"arrow past top",
-       [](CentralWidget& c) {
-         c.setCenterFrequency(5.9e9);
-         c.setStepFrequency(1e9);
-         c.increaseCenterFrequency();
-       },
-       freq, 6e9, "Center frequency clamped"},
-      {"level 20", [](CentralWidget& c) { c.setLevel(20); }, level, 10, nullptr},
-      {"level -130", [](CentralWidget& c) { c.setLevel(-130); }, level, -120, nullptr},
-      {"level step 150", [](CentralWidget& c) { c.setLevelStep(150); }, lstep, 100, nullptr},
-      {"level step -5", [](CentralWidget& c) { c.setLevelStep(-5); }, lstep, 0, nullptr},
-      {"down at -120",
-       [](CentralWidget& c) {
-         c.setLevel(-120);
-         c.setLevelStep(10);
-         c.decreaseLevel();
-       },
-       level, -120, nullptr},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
-    errorLogClear();
-    c.act(central);
-    EXPECT_DOUBLE_EQ(c.read(central), c.expected);
-    if (c.logged) {
-      ASSERT_EQ(errorLogCount(), 1);
-      EXPECT_EQ(errorLogNext(), QString("-1,Setting clamped;") + c.logged);
-    } else {
-      EXPECT_EQ(errorLogCount(), 0);
-    }
-  }
-}
-
 // Typed entries, ended by Return or Tab, as a user makes them: each field then shows what a
 // remote query reads back, and the level what the device plays.
 TEST_F(CentralWidgetTest, TypedEntriesShowTheValueInForce) {
@@ -181,13 +119,10 @@ TEST_F(CentralWidgetTest, TypedEntriesShowTheValueInForce) {
   } cases[] = {
       {panelEdits[0], "-130", Qt::Key_Return, "-120", ":POW?", "-120"},
       {panelEdits[0], "15", Qt::Key_Tab, "10", ":POW?", "10"},
-      {panelEdits[0], "-", Qt::Key_Return, "10", ":POW?", "10"},
       {panelEdits[1], "150", Qt::Key_Tab, "100", ":POW:STEP?", "100"},
       {field("Depth(%)"), "150", Qt::Key_Return, "100", ":AM:DEPT?", "100"},
-      {field("Tone Count"), "0", Qt::Key_Tab, "1", ":MTON:NTON?", "1"},
       {field("Tone Count"), "5000", Qt::Key_Return, "40", ":MTON:NTON?", "40"},
       {field("Points"), "1", Qt::Key_Tab, "2", ":STEP:POIN?", "2"},
-      {field("Points"), "", Qt::Key_Return, "2", ":STEP:POIN?", "2"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.query) + " typed " + c.typed);
@@ -210,13 +145,12 @@ TEST_F(CentralWidgetTest, TypedEntriesShowTheValueInForce) {
   EXPECT_DOUBLE_EQ(log.calls("krtSetLevel").back()["args"]["level"].get<double>(), 10.0);
 }
 
-TEST_F(CentralWidgetTest, RestartWithoutDeviceDoesNothing) {
+// A restart without a device does nothing; with a closed stream it leaves settings pending,
+// so "*OPC" stays incomplete.
+TEST_F(CentralWidgetTest, RestartWithoutDeviceOrWhileStopped) {
   central.settingsChanged();
   EXPECT_FALSE(central.gate().isSettingsPending());
   EXPECT_TRUE(log.events().empty());
-}
-
-TEST_F(CentralWidgetTest, RestartWhileStoppedLeavesSettingsPending) {
   ASSERT_TRUE(device.open(21000001));
   central.settingsChanged();
   EXPECT_TRUE(central.gate().isSettingsPending());
@@ -244,14 +178,6 @@ TEST_F(CentralWidgetTest, TheThreadPlaysWhatRfAndModulationAsk) {
   central.setModEnabled(true);
   ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
   for (const QList<QVariant>& args : modeText) EXPECT_EQ(args.at(0).toString(), "");
-}
-
-TEST_F(CentralWidgetTest, OpcCompletesAfterATenthOfASecondOfOutput) {
-  connectDevice();
-  central.setRFEnabled(true);
-  central.gate().armOpc();
-  EXPECT_FALSE(central.gate().opcComplete());
-  EXPECT_TRUE(waitUntil([&] { return central.gate().opcComplete(); }));
 }
 
 TEST_F(CentralWidgetTest, ExtRefClickRestartsTwice) {
@@ -337,16 +263,6 @@ TEST_F(CentralWidgetTest, PresetRestoresTheFactoryStateButKeepsTheMode) {
   EXPECT_EQ(view->defaults, defaultsBefore + 1);
   EXPECT_EQ(central.currentMode(), 9);
   EXPECT_EQ(errorLogCount(), 0);
-}
-
-TEST_F(CentralWidgetTest, LostDeviceIsReportedFromTheStream) {
-  connectDevice();
-  central.setRFEnabled(true);
-  QSignalSpy lost(&central, &CentralWidget::deviceConnectionLost);
-  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
-  std::ofstream(unplugPath()) << "unplugged";
-  EXPECT_TRUE(waitUntil([&] { return lost.count() == 1; }));
-  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtAbort").empty(); }));
 }
 
 }  // namespace

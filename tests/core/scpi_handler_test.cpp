@@ -61,18 +61,25 @@ TEST_F(ScpiHandlerTest, SourceRowsClampAndLogAsTheFrontPanel) {
     double frequency, step, level, levelStep;
     QString logged;  // empty: nothing logged
   };
+  const QString center = "-1,Setting clamped;Center frequency clamped";
+  const QString step = "-1,Setting clamped;Step frequency clamped";
   const std::vector<Row> rows = {
-      {":FREQ 1", 30e6, 1e6, -20, 10, "-1,Setting clamped;Center frequency clamped"},
+      {":FREQ 1", 30e6, 1e6, -20, 10, center},
+      {":FREQ 6.5 GHz", 6e9, 1e6, -20, 10, center},
       {"FREQ 1 GHz", 1e9, 1e6, -20, 10, ""},
       {":SOUR:FREQ:STEP 250 kHz", 1e9, 250e3, -20, 10, ""},
       {":FREQ UP", 1.00025e9, 250e3, -20, 10, ""},
-      {":FREQ:STEP -5", 1.00025e9, 0, -20, 10, "-1,Setting clamped;Step frequency clamped"},
-      {":POW 50", 1.00025e9, 0, 10, 10, ""},
-      {":POW:STEP 150", 1.00025e9, 0, 10, 100, ""},
-      {":POW DOWN", 1.00025e9, 0, -90, 100, ""},
-      {":POW DOWN", 1.00025e9, 0, -120, 100, ""},
-      {":SOUR1:FREQ 2e9", 1.00025e9, 0, -120, 100, ""},  // digits never match
-      {":FREQ 1e10", 1.00025e9, 0, -120, 100, ""},       // the exponent takes one digit
+      {":FREQ:STEP -5", 1.00025e9, 0, -20, 10, step},
+      {":FREQ:STEP 7 GHz", 1.00025e9, 6e9, -20, 10, step},
+      {":FREQ UP", 6e9, 6e9, -20, 10, center},
+      {":FREQ 1234.5678 MHz", 1.2345678e9, 6e9, -20, 10, ""},
+      {":POW 50", 1.2345678e9, 6e9, 10, 10, ""},
+      {":POW:STEP 150", 1.2345678e9, 6e9, 10, 100, ""},
+      {":POW DOWN", 1.2345678e9, 6e9, -90, 100, ""},
+      {":POW DOWN", 1.2345678e9, 6e9, -120, 100, ""},
+      {":POW:STEP -5", 1.2345678e9, 6e9, -120, 0, ""},
+      {":SOUR1:FREQ 2e9", 1.2345678e9, 6e9, -120, 0, ""},  // digits never match
+      {":FREQ 1e10", 1.2345678e9, 6e9, -120, 0, ""},       // the exponent takes one digit
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.line.toStdString());
@@ -86,6 +93,7 @@ TEST_F(ScpiHandlerTest, SourceRowsClampAndLogAsTheFrontPanel) {
       EXPECT_EQ(client.query(":SYST:ERR?"), row.logged);
     }
   }
+  EXPECT_EQ(client.query(":FREQ?"), "1234567800");  // all the digits
   // MIN and MAX answer on the setting row of the step; its query ignores them.
   EXPECT_EQ(client.query(":FREQ:STEP MAX"), "6e+09");
   EXPECT_EQ(client.query(":FREQ:STEP MIN"), "0");
@@ -129,11 +137,11 @@ TEST_F(ScpiHandlerTest, PresetRowsAndQuickPresetSlots) {
   client.command("*SAV 0;*SAV 10");
   EXPECT_FALSE(QFile::exists(quickPresetPath(0)));
   EXPECT_FALSE(QFile::exists(quickPresetPath(10)));
-  client.command(":FREQ 2 GHz;*SAV 4;:FREQ 3 GHz;*RCL 10");
+  client.command(":FREQ 2 GHz;*SAV 9;:FREQ 3 GHz;*RCL 10");
   EXPECT_DOUBLE_EQ(central.frequency(), 3e9);
-  client.command("*RCL 4");
+  client.command("*RCL 9");
   EXPECT_DOUBLE_EQ(central.frequency(), 2e9);
-  QFile::remove(quickPresetPath(4));
+  QFile::remove(quickPresetPath(9));
 }
 
 TEST_F(ScpiHandlerTest, WindowRowsGoThroughTheMainWindowRequests) {
