@@ -18,7 +18,6 @@ import traceback
 import pyvisa
 
 SERIAL = "21000001"
-IDENTITY = "Tarnwick,KRT40A,%s,3" % SERIAL
 # Enough for a few seconds of slow modes or a fraction of a second at 50e6, small enough to
 # keep the temporary directory at a few tens of megabytes.
 RECORD_MAX = 4000000
@@ -135,19 +134,6 @@ def poll_until(inst, query, expected, seconds):
             return time.monotonic() - start
         time.sleep(0.005)
     return None
-
-
-def expect_silence(inst, command, timeout_ms=300):
-    """True if `command` draws no reply within the timeout."""
-    saved = inst.timeout
-    inst.timeout = timeout_ms
-    try:
-        inst.query(command)
-        return False
-    except pyvisa.errors.VisaIOError as e:
-        return e.error_code == pyvisa.constants.StatusCode.error_timeout
-    finally:
-        inst.timeout = saved
 
 
 def read_recording(app):
