@@ -22,12 +22,7 @@ struct LineCase {
 TEST(Scpi, LinesMatchRowsAndJoinReplies) {
   const LineCase cases[] = {
       {"*IDN?\n", "q1\n", "1"},
-      {"*idn?\r\n", "q1\n", "1"},
       {"*IDN ?\n", "", ""},  // the blank cuts the "?" off the header
-      {":OUTP?\n", "q25\n", "25"},
-      {":OUTP:MOD?\n", "q27\n", "27"},
-      {":OUTP:IMP:LSP?\n", "q31\n", "31"},
-      {":SOURCE:FREQ 1e9\n", "", "48(1e9)"},
       {":SOUR1:FREQ 1e9\n", "", ""},
       {"FREQU 1e9\n", "", ""},
       {"FREQ\t1e9\n", "", ""},
@@ -35,7 +30,6 @@ TEST(Scpi, LinesMatchRowsAndJoinReplies) {
       {"FREQ 1,,2\n", "", "48(1)()(2)"},
       {"FREQ   \n", "", "48"},
       {"FREQ \"a;b,c\"\n", "", "48(\"a)"},  // quotes protect neither ";" nor ","
-      {":SOUR:RAMP:STAT ON\n", "", "110(ON)"},
       {":RAMP:SWE:PER?\n", "", ""},
       {":RAMP:SWE:PER 1ms\n", "", "118(1ms)"},  // 119 has the same text and is never reached
       {":RAD:CUST:FILT:LEN 8;LENG?\n", "q141\n", "140(8) 141"},
@@ -52,7 +46,6 @@ TEST(Scpi, LinesMatchRowsAndJoinReplies) {
       {"FREQ?;POW 1\n", "q49;\n", "49 52(1)"},
       {"POW 1;FREQ?\n", "q49\n", "52(1) 49"},
       {"\n", "", ""},
-      {";;;\n", "", ""},
       {"  ; \t;\n", "", ""},
   };
   for (const LineCase& c : cases) {
