@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 #include <random>
 #include <string>
@@ -139,18 +141,19 @@ TEST(KrtRecording, SegmentsAndTriggersSitAtTheirSamplePositions) {
   }
 }
 
-// Speed 0 plays unpaced: three seconds of samples at 1e3 go at once.
+// Speed 0 plays unpaced (21,000 s of samples at 1e3 go at once); the recording stops at its
+// default limit of 20e6 samples, inside a submit, while playback goes on.
 TEST(KrtRecording, StopsAtTheLimitWhilePlaybackGoesOn) {
   TempDir dir;
   const std::string prefix = dir.path("limit");
-  const std::vector<float> iq = testSamples(3000, 3);
-  const ChildResult c = runInChild(
-      {{"KRT40_SIM_SPEED", "0"}, {"KRT40_SIM_RECORD", prefix}, {"KRT40_SIM_RECORD_MAX", "1000"}},
-      [&](ChildReport& r) {
+  const int chunk = 999999;
+  const std::vector<float> iq = testSamples(chunk, 3);
+  const ChildResult c =
+      runInChild({{"KRT40_SIM_SPEED", "0"}, {"KRT40_SIM_RECORD", prefix}}, [&](ChildReport& r) {
         const int h = openDefault(r);
         CHILD_CHECK(r, krtSetSampleRate(h, 1e3) == 0);
         const double t0 = monotonicSeconds();
-        for (int i = 0; i < 3; ++i) CHILD_CHECK(r, krtSubmitIQ(h, iq.data() + 2000 * i, 1000) == 0);
+        for (int i = 0; i < 21; ++i) CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), chunk) == 0);
         CHILD_CHECK(r, krtSubmitTrigger(h) == 0);  // past the limit: not recorded
         CHILD_CHECK(r, krtFlushAndWait(h) == 0);
         r.value("seconds", monotonicSeconds() - t0);
@@ -158,12 +161,15 @@ TEST(KrtRecording, StopsAtTheLimitWhilePlaybackGoesOn) {
         CHILD_CHECK(r, krtCloseDevice(h) == 0);
       });
   ASSERT_EQ(c.exitCode, 0) << c.describe();
-  EXPECT_LT(c.at("seconds"), 0.1);
-  const std::string data = readFile(prefix + ".sigmf-data");
-  ASSERT_EQ(data.size(), 1000u * 8);
-  EXPECT_EQ(std::memcmp(data.data(), iq.data(), data.size()), 0);
-  const Json meta = readJson(prefix + ".sigmf-meta");
-  EXPECT_TRUE(meta.at("annotations").empty());
+  EXPECT_LT(c.at("seconds"), 20);
+  const std::string data = prefix + ".sigmf-data";
+  ASSERT_EQ(std::filesystem::file_size(data), 20000000u * 8);
+  std::ifstream in(data, std::ios::binary);
+  in.seekg(20 * chunk * 8);
+  std::vector<float> tail(2 * 20);  // the head of the last submit
+  in.read(reinterpret_cast<char*>(tail.data()), 20 * 8);
+  EXPECT_EQ(std::memcmp(tail.data(), iq.data(), 20 * 8), 0);
+  EXPECT_TRUE(readJson(prefix + ".sigmf-meta").at("annotations").empty());
 }
 
 TEST(KrtRecording, SessionsOfOneProcessShareOneRecording) {

@@ -56,18 +56,19 @@ TEST(KrtSession, DeviceListHonoursConfigurationAndCapacity) {
 
 TEST(KrtSession, OpenWaitsThenReportsTheDevice) {
   const ChildResult c =
-      runInChild({{"KRT40_SIM_DEVICES", "21000001,21000002"}, {"KRT40_SIM_OPEN_MS", "300"}},
+      runInChild({{"KRT40_SIM_DEVICES", "21000001,21000002"},
+                  {"KRT40_SIM_OPEN_MS", "300"},
+                  {"KRT40_SIM_TEMPERATURE", "37.5"}},
                  [](ChildReport& r) {
                    double t0 = monotonicSeconds();
-                   int h = -1;
+                   int h = -1, serial = -1, firmware = -1;
                    CHILD_CHECK(r, krtOpenDeviceBySerial(&h, kSerial) == 0);
                    r.value("openSeconds", monotonicSeconds() - t0);
-                   r.value("handle", h);
-                   int serial = -1, firmware = -1;
-                   CHILD_CHECK(r, krtGetSerialNumber(h, &serial) == 0);
-                   CHILD_CHECK(r, krtGetFirmwareVersion(h, &firmware) == 0);
-                   r.value("serial", serial);
-                   r.value("firmware", firmware);
+                   CHILD_CHECK(r, krtGetSerialNumber(h, &serial) == 0 && serial == kSerial);
+                   CHILD_CHECK(r, krtGetFirmwareVersion(h, &firmware) == 0 && firmware == 3);
+                   float temperature = 0;
+                   CHILD_CHECK(r, krtReadTemperature(h, &temperature) == 0 && temperature == 37.5f);
+                   CHILD_CHECK(r, krtReadTemperature(h, nullptr) != 0);
                    CHILD_CHECK(r, std::strcmp(krtGetAPIVersion(), "1.0.0 (simulated)") == 0);
                    CHILD_CHECK(r, krtGetUSBStatus(h) == 0);
                    CHILD_CHECK(r, krtEnablePowerSavingCpuMode(1) == 0);
@@ -99,8 +100,6 @@ TEST(KrtSession, OpenWaitsThenReportsTheDevice) {
   EXPECT_GE(c.at("openSeconds"), 0.29);
   EXPECT_LT(c.at("openSeconds"), 1.5);
   EXPECT_GE(c.at("failSeconds"), 0.29);
-  EXPECT_EQ(c.at("serial"), kSerial);
-  EXPECT_EQ(c.at("firmware"), 3);
 }
 
 TEST(KrtSession, CallsOnAHandleThatIsNotOpenFailAndDoNothing) {
@@ -263,17 +262,9 @@ TEST(KrtSession, MalformedVariableFallsBackToTheDefault) {
   }
 }
 
-TEST(KrtSession, TemperatureIsFixedOrWarmsUp) {
-  const ChildResult fixed = runInChild({{"KRT40_SIM_TEMPERATURE", "37.5"}}, [](ChildReport& r) {
-    const int h = openDefault(r);
-    float t = 0;
-    CHILD_CHECK(r, krtReadTemperature(h, &t) == 0);
-    CHILD_CHECK(r, t == 37.5f);
-    CHILD_CHECK(r, krtReadTemperature(h, nullptr) != 0);
-    CHILD_CHECK(r, krtCloseDevice(h) == 0);
-  });
-  ASSERT_EQ(fixed.exitCode, 0) << fixed.describe();
-  const ChildResult curve = runInChild({}, [](ChildReport& r) {
+// Without a fixed temperature the device warms up from 28 degrees C towards 45.
+TEST(KrtSession, TemperatureWarmsUp) {
+  const ChildResult c = runInChild({}, [](ChildReport& r) {
     const int h = openDefault(r);
     float first = 0, later = 0;
     CHILD_CHECK(r, krtReadTemperature(h, &first) == 0);
@@ -283,5 +274,5 @@ TEST(KrtSession, TemperatureIsFixedOrWarmsUp) {
     CHILD_CHECK(r, later > first && later < 45);
     CHILD_CHECK(r, krtCloseDevice(h) == 0);
   });
-  ASSERT_EQ(curve.exitCode, 0) << curve.describe();
+  ASSERT_EQ(c.exitCode, 0) << c.describe();
 }

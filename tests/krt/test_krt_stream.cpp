@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -170,30 +169,7 @@ TEST(KrtStream, UnderrunsAreCountedOnlyWhenTheQueueRunsDry) {
   const auto underruns = annotations(meta, "underrun");
   ASSERT_EQ(underruns.size(), 1u);
   EXPECT_EQ(underruns[0]["core:sample_start"], 1000);
-}
-
-// Playback goes on past the recording's limit; the file holds exactly the limit. The handle
-// is opened, used and closed on three threads. Whether the recorder keeps up in real time is
-// measured by the streaming benchmark, not asserted here.
-TEST(KrtStream, StreamingGoesOnPastTheRecordingLimit) {
-  TempDir dir;
-  const std::string prefix = dir.path("steady");
-  const ChildResult c = runInChild({{"KRT40_SIM_RECORD", prefix}}, [](ChildReport& r) {
-    int h = -1;
-    std::thread([&] { CHILD_CHECK(r, krtOpenDeviceBySerial(&h, kSerial) == 0); }).join();
-    std::thread([&] {
-      CHILD_CHECK(r, krtSetSampleRate(h, 50e6) == 0);
-      std::vector<float> iq(2 * 833333, 0.5f);
-      for (int i = 0; i < 30; ++i) {  // half a second; the recording's 20e6 limit is passed
-        CHILD_CHECK(r, krtSubmitIQ(h, iq.data(), 833333) == 0);
-        CHILD_CHECK(r, krtGetUSBStatus(h) == 0);
-      }
-      CHILD_CHECK(r, krtAbort(h) == 0);
-    }).join();
-    CHILD_CHECK(r, krtCloseDevice(h) == 0);
-  });
-  ASSERT_EQ(c.exitCode, 0) << c.describe();
-  EXPECT_EQ(std::filesystem::file_size(prefix + ".sigmf-data"), 20000000u * 8u);
+  EXPECT_EQ(std::filesystem::file_size(prefix + ".sigmf-data"), 5000u * 8);  // the limit set
 }
 
 TEST(KrtStream, UnplugFileFailsTheUsbStatusForGood) {
