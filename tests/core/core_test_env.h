@@ -2,12 +2,15 @@
 // Shared paths and helpers of the window and panel tests.
 #pragma once
 
+#include "shell/message_box.h"
+
 #include <QCoreApplication>
 #include <QTest>
 
 #include <chrono>
 #include <ostream>
 #include <string>
+#include <vector>
 
 // Lets test failures print Qt strings.
 inline std::ostream& operator<<(std::ostream& os, const QString& text) {
@@ -26,3 +29,21 @@ template <typename Pred>
 bool waitUntil(Pred pred, int ms = 5000) {
   return QTest::qWaitFor(pred, ms);
 }
+
+// Collects the warnings instead of showing modal boxes, while it lives.
+class WarningRecorder {
+public:
+  struct Warning {
+    QString title, text;
+  };
+  WarningRecorder() {
+    previous = setWarningPresenter([this](QWidget*, const QString& title, const QString& text) {
+      warnings.push_back({title, text});
+    });
+  }
+  ~WarningRecorder() { setWarningPresenter(previous); }
+  std::vector<Warning> warnings;
+
+private:
+  WarningPresenter previous;
+};

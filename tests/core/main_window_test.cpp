@@ -8,7 +8,6 @@
 #include "core_test_env.h"
 #include "krt/krt_api.h"
 #include "persist/paths.h"
-#include "shell/message_box.h"
 #include "support/events_log.h"
 
 #include <QAction>
@@ -23,26 +22,6 @@
 #include <fstream>
 
 namespace {
-
-struct Warning {
-  QString title;
-  QString text;
-};
-
-// Collects the warnings instead of showing modal boxes.
-class WarningRecorder {
-public:
-  WarningRecorder() {
-    previous = setWarningPresenter([this](QWidget*, const QString& title, const QString& text) {
-      warnings.push_back({title, text});
-    });
-  }
-  ~WarningRecorder() { setWarningPresenter(previous); }
-  std::vector<Warning> warnings;
-
-private:
-  WarningPresenter previous;
-};
 
 QString deviceText(MainWindow& w) { return w.statusBarWidget()->deviceLabel->text(); }
 QString serialText(MainWindow& w) { return w.statusBarWidget()->serialLabel->text(); }

@@ -2,13 +2,9 @@
 // Preset files: round trip of the whole panel, partial and garbage files, the power-on preset.
 #include "core/central_widget.h"
 
-#include "core/device.h"
-#include "core/impairment_widget.h"
-#include "core_test_env.h"
 #include "modes/mode_widget.h"
+#include "panel_fixture.h"
 #include "persist/paths.h"
-#include "shell/error_queue.h"
-#include "shell/message_box.h"
 #include "widgets/double_edit.h"
 
 #include <QCheckBox>
@@ -19,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -44,30 +41,19 @@ public:
   DoubleEdit* edit;
 };
 
-struct Message {
-  QString title, text;
-};
-
-class PresetTest : public ::testing::Test {
+class PresetTest : public PanelFixture {
 protected:
   void SetUp() override {
-    previous = setWarningPresenter([this](QWidget*, const QString& title, const QString& text) {
-      messages.push_back({title, text});
-    });
-    device.setImpairments(&impairments);
+    PanelFixture::SetUp();
     first = new ProbeView("ProbeA", 9);
     second = new ProbeView("ProbeB", 10);
     central.addMode(first);
     central.addMode(second);
-    ASSERT_TRUE(device.open(21000001));
-    central.startStreamingQuiet();
-    errorLogClear();
+    connectDevice();
     QFile::remove(powerOnPresetPath());
   }
   void TearDown() override {
-    central.stopStreaming();
-    device.close();
-    setWarningPresenter(previous);
+    PanelFixture::TearDown();
     QFile::remove(powerOnPresetPath());
   }
 
@@ -79,13 +65,9 @@ protected:
   }
 
   QTemporaryDir dir;
-  Device device;
-  ImpairmentWidget impairments;
-  CentralWidget central{&device, &impairments};
   ProbeView* first = nullptr;
   ProbeView* second = nullptr;
-  std::vector<Message> messages;
-  WarningPresenter previous;
+  WarningRecorder recorder;
 };
 
 TEST_F(PresetTest, SaveChangeEverythingLoadRestoresIt) {
@@ -117,51 +99,40 @@ TEST_F(PresetTest, SaveChangeEverythingLoadRestoresIt) {
   EXPECT_DOUBLE_EQ(first->edit->value(), 7);
   EXPECT_DOUBLE_EQ(second->edit->value(), 2.5);
   EXPECT_TRUE(central.isStreaming());
-  EXPECT_TRUE(messages.empty());
+  EXPECT_TRUE(recorder.warnings.empty());
   // The load re-arms streaming without a restart, so settings stay pending.
   EXPECT_TRUE(central.gate().isSettingsPending());
 }
 
 TEST_F(PresetTest, PartialAndGarbageFilesMeetTheClamps) {
+  const QString center = "-1,Setting clamped;Center frequency clamped";
   struct Case {
-    const char* what;
     std::vector<std::pair<QString, QVariant>> keys;
-    double frequency, step, level, levelStep, probe;
+    std::array<double, 5> expected;  // frequency, its step, level, its step, the probe's value
     std::vector<QString> logged;
   };
   const std::vector<Case> cases = {
-      {"only a frequency", {{"Frequency", 2e9}}, 2e9, 1e6, -20, 10, 1, {}},
-      {"out of range",
-       {{"Frequency", 1e10}, {"FrequencyStep", -1}, {"PowerLevel", 99}, {"PowerLevelStep", 500}},
-       6e9,
-       0,
-       10,
-       100,
-       1,
-       {"-1,Setting clamped;Center frequency clamped",
-        "-1,Setting clamped;Step frequency clamped"}},
-      {"garbage reads as 0",
-       {{"Frequency", "abc"}, {"PowerLevel", "x"}, {"ProbeA/Value", "lots"}},
-       30e6,
-       1e6,
-       0,
-       10,
-       0,
-       {"-1,Setting clamped;Center frequency clamped"}},
-      {"view value clamped", {{"ProbeA/Value", 50}}, 1e9, 1e6, -20, 10, 10, {}},
+      {{{"Frequency", 2e9}}, {2e9, 1e6, -20, 10, 1}, {}},
+      {{{"Frequency", 1e10}, {"FrequencyStep", -1}, {"PowerLevel", 99}, {"PowerLevelStep", 500}},
+       {6e9, 0, 10, 100, 1},
+       {center, "-1,Setting clamped;Step frequency clamped"}},
+      // Garbage reads as 0.
+      {{{"Frequency", "abc"}, {"PowerLevel", "x"}, {"ProbeA/Value", "lots"}},
+       {30e6, 1e6, 0, 10, 0},
+       {center}},
+      {{{"ProbeA/Value", 50}}, {1e9, 1e6, -20, 10, 10}, {}},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
+    const int index = static_cast<int>(&c - cases.data());
+    SCOPED_TRACE(index);
     central.presetButtonPressed();
     errorLogClear();
-    const QString file = path(QString("case%1.ini").arg(&c - cases.data()));
+    const QString file = path(QString("case%1.ini").arg(index));
     write(file, c.keys);
     central.loadPreset(file);
-    EXPECT_DOUBLE_EQ(central.frequency(), c.frequency);
-    EXPECT_DOUBLE_EQ(central.frequencyStep(), c.step);
-    EXPECT_DOUBLE_EQ(central.level(), c.level);
-    EXPECT_DOUBLE_EQ(central.levelStep(), c.levelStep);
-    EXPECT_DOUBLE_EQ(first->edit->value(), c.probe);
+    const std::array<double, 5> got = {central.frequency(), central.frequencyStep(),
+                                       central.level(), central.levelStep(), first->edit->value()};
+    for (int i = 0; i < 5; ++i) EXPECT_DOUBLE_EQ(got[i], c.expected[i]) << i;
     ASSERT_EQ(errorLogCount(), static_cast<int>(c.logged.size()));
     for (const QString& entry : c.logged) EXPECT_EQ(errorLogNext(), entry);
   }
@@ -184,9 +155,9 @@ TEST_F(PresetTest, ModeKeysWithoutAViewChangeNoMode) {
 TEST_F(PresetTest, MissingFileWarnsAndChangesNothing) {
   central.setCenterFrequency(2e9);
   central.loadPreset(path("absent.ini"));
-  ASSERT_EQ(messages.size(), 1u);
-  EXPECT_EQ(messages[0].title, "No Preset");
-  EXPECT_EQ(messages[0].text, "Unable to load preset.");
+  ASSERT_EQ(recorder.warnings.size(), 1u);
+  EXPECT_EQ(recorder.warnings[0].title, "No Preset");
+  EXPECT_EQ(recorder.warnings[0].text, "Unable to load preset.");
   EXPECT_DOUBLE_EQ(central.frequency(), 2e9);
   EXPECT_TRUE(central.isStreaming());
 }
@@ -228,22 +199,22 @@ TEST_F(PresetTest, PowerOnPresetIsCheckedForItsVersion) {
       }
     }
     central.setCenterFrequency(1e9);
-    messages.clear();
+    recorder.warnings.clear();
     central.loadPowerOnPreset();
     EXPECT_DOUBLE_EQ(central.frequency(), c.loads ? 2.2e9 : 1e9);
-    ASSERT_EQ(messages.size(), c.loads ? 0u : 1u);
+    ASSERT_EQ(recorder.warnings.size(), c.loads ? 0u : 1u);
     if (!c.loads) {
-      EXPECT_EQ(messages[0].title, "Power On Preset");
-      EXPECT_EQ(messages[0].text,
+      EXPECT_EQ(recorder.warnings[0].title, "Power On Preset");
+      EXPECT_EQ(recorder.warnings[0].text,
                 "Power On preset was created with an older version of KRT40 software that is not "
                 "compatible with the current version.");
     }
   }
   central.deletePowerOnPreset();
   EXPECT_FALSE(QFile::exists(powerOnPresetPath()));
-  messages.clear();
+  recorder.warnings.clear();
   central.loadPowerOnPreset();  // no file: nothing happens
-  EXPECT_TRUE(messages.empty());
+  EXPECT_TRUE(recorder.warnings.empty());
 }
 
 }  // namespace
