@@ -163,6 +163,7 @@ TEST(Scpi, ReadersConvertOrLeaveTheParameter) {
        {{"", "fail,0"},
         {"1 GHz", "1000000000,0"},
         {"2.5mhz", "2500000,0"},
+        {"5m", "5000000,0"},  // "m" is mega here
         {"10 kHz", "10000,0"},
         {"5kh", "5000,0"},
         {"-1.5 khz", "-1500,0"},
