@@ -5,8 +5,8 @@
 
 #include "core/device.h"
 #include "core/impairment_widget.h"
-#include "panel_fixture.h"
-#include "scpi_client.h"
+#include "core/panel_fixture.h"
+#include "core/scpi_client.h"
 #include "modes/pulse/mode_view_pulse.h"
 #include "modes/ramp_sweep/mode_view_ramp_sweep.h"
 #include "modes/step_sweep/mode_view_step_sweep.h"
