@@ -1,245 +1,156 @@
 // SPDX-License-Identifier: MIT
-// Pulse, step sweep and ramp sweep inside the instrument: what reaches the simulated device,
-// and the remote rows that set and read the three views.
-#include "core/central_widget.h"
-
-#include "core/device.h"
-#include "core/impairment_widget.h"
-#include "core/panel_fixture.h"
-#include "core/scpi_client.h"
-#include "modes/pulse/mode_view_pulse.h"
-#include "modes/ramp_sweep/mode_view_ramp_sweep.h"
+// The step sweep unit in the panel: form, remote rows 92 to 109, the device calls of its own
+// loop on the simulated device, and the "StepSweep" preset group.
 #include "modes/step_sweep/mode_view_step_sweep.h"
-#include "shell/error_queue.h"
-#include "support/events_log.h"
+#include "modes/unit_panel_test.h"
+#include "support/form_rows.h"
+#include "widgets/my_list_widget.h"
 
-#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <fstream>
-#include <string>
-#include <vector>
 
 namespace {
 
-using nlohmann::json;
+using StepSweepUnitTest = UnitPanelTest<ModeViewStepSweep>;
 
-// The calls that make up a sweep or a pass, in order.
-const std::vector<std::string> playCalls = {"krtSetFrequency", "krtSetLevel", "krtSubmitIQ",
-                                            "krtSubmitTrigger", "krtFlushAndWait"};
-
-class PulseSweepsTest : public PanelFixture {
-protected:
-  void SetUp() override {
-    PanelFixture::SetUp();
-    pulse = view<ModeViewPulse>(3);
-    step = view<ModeViewStepSweep>(5);
-    ramp = view<ModeViewRampSweep>(6);
-    ASSERT_TRUE(pulse && step && ramp);
+TEST_F(StepSweepUnitTest, FormAndRemoteRows) {
+  EXPECT_EQ(central.findChild<MyListWidget*>()->findModeRow(5)->text(), "Step Sweep");
+  EXPECT_EQ(
+      formRows(*view),
+      QStringList({"Enabled=QCheckBox", "Trigger Mode=MyComboBox", "Sweep Type=MyComboBox",
+                   "Start Freq=FrequencyEdit", "Stop Freq=FrequencyEdit", "Points=IntLineEdit",
+                   "Start Level (dBm)=DoubleEdit", "Stop Level (dBm)=DoubleEdit",
+                   "Dwell Time=TimeEdit", "Continuous=0", "Single=1", "Freq=0", "Freq & Ampl=1"}));
+  QSignalSpy updated(view, &ModeWidget::updated);
+  const struct {
+    QString line, reply;
+    bool updates;
+  } rows[] = {
+      {":STEP?;:STEP:TRIG:TYPE?;:STEP:TYPE?;:STEP:FREQ:STAR?;:STEP:FREQ:STOP?;:STEP:POIN?",
+       "0;continuous;freq;1e+09;2e+09;201", false},
+      {":STEP:AMPL:STAR?;:STEP:AMPL:STOP?;:STEP:DWEL?", "-20;-20;0.001", false},
+      {":SOUR:STEP:STAT ON;:STEP:STAT?;:AM?", "1;0", false},
+      {":STEP:TRIG:TYPE sing;:STEP:TRIG:TYPE?", "single", true},
+      {":STEP:TYPE FREQAMPL;:STEP:TYPE?", "freqampl", true},
+      {":STEP:TYPE sweep;:SYST:ERR?;:STEP:TYPE?",
+       "-2,Invalid parameter;Expected step sweep type;freqampl", false},
+      {":STEP:FREQ:STAR 10 MHz;:STEP:FREQ:STAR?", "3e+07", true},
+      {":STEP:FREQ:STOP 7 GHz;:STEP:FREQ:STOP?", "6e+09", true},
+      {":STEP:FREQ:STOP 25 MHz;:STEP:FREQ:STOP?", "3e+07", true},
+      {":STEP:POIN 1;:STEP:POIN?", "2", true},
+      {":STEP:POIN 20000;:STEP:POIN?", "10001", true},
+      {":STEP:AMPL:STAR 12.5;:STEP:AMPL:STAR?", "12.5", true},  // levels have no range
+      {":STEP:AMPL:STOP -130;:STEP:AMPL:STOP?", "-130", true},
+      {":STEP:DWEL 20 s;:STEP:DWEL?", "10", true},
+      {":STEP:DWEL 0;:STEP:DWEL?", "1e-06", true},
+      {":STEP:DWEL 2.5;:STEP:DWEL?", "2.5e-06", true},  // a bare number in microseconds
+      {":SYST:ERR:COUN?", "0", false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.line);
+    updated.clear();
+    EXPECT_EQ(client.query(row.line), row.reply);
+    EXPECT_EQ(updated.count() > 0, row.updates);
   }
+  EXPECT_EQ(central.currentMode(), 5);
+}
 
-  template <class View>
-  View* view(int index) {
-    for (ModeWidget* v : central.views())
-      if (v->modeIndex() == index) return qobject_cast<View*>(v);
-    return nullptr;
-  }
-
-  // Opens the device with RF and modulation on: a carrier plays.
-  void connectAndEnable() {
-    ASSERT_TRUE(device.open(21000001));
-    central.startStreamingQuiet();
-    central.setRFEnabled(true);
-    central.setModEnabled(true);
-  }
-
-  // Selects a mode and waits until its generator has set the sample rate.
-  void start(ModeWidget* mode, double sampleRate) {
-    log.mark();
-    mode->enabledCheck()->click();
-    ASSERT_TRUE(waitUntil([&] {
-      for (const json& e : sinceRestart())
-        if (e.value("fn", "") == "krtSetSampleRate" && e["args"]["sampleRate"] == sampleRate)
-          return true;
-      return false;
-    }));
-  }
-
-  // Events since the mark that follow the abort which ended the thread before: the restart's
-  // own calls and those of the new thread.
-  std::vector<json> sinceRestart() const {
-    std::vector<json> events = log.events();
-    auto abort = std::find_if(events.begin(), events.end(),
-                              [](const json& e) { return e.value("fn", "") == "krtAbort"; });
-    return abort == events.end() ? std::vector<json>() : std::vector<json>(abort + 1, events.end());
-  }
-
-  // The calls of playCalls since the restart, with the value each was given.
-  std::vector<std::pair<std::string, double>> played() const {
-    std::vector<std::pair<std::string, double>> out;
-    for (const json& e : sinceRestart()) {
-      const std::string fn = e.value("fn", "");
-      if (std::find(playCalls.begin(), playCalls.end(), fn) == playCalls.end()) continue;
-      double value = 0;
-      if (fn == "krtSetFrequency") value = e["args"]["frequency"];
-      if (fn == "krtSetLevel") value = e["args"]["level"];
-      if (fn == "krtSubmitIQ") value = e["args"]["count"];
-      out.emplace_back(fn, value);
-    }
-    return out;
-  }
-
-  size_t count(const std::string& fn) const {
-    const std::vector<json> events = sinceRestart();
-    return size_t(std::count_if(events.begin(), events.end(),
-                                [&](const json& e) { return e.value("fn", "") == fn; }));
-  }
-
-  ModeViewPulse* pulse = nullptr;
-  ModeViewStepSweep* step = nullptr;
-  ModeViewRampSweep* ramp = nullptr;
-};
-
-TEST_F(PulseSweepsTest, SingleStepSweepRunsOncePerTriggerPointByPoint) {
-  step->setTriggerType(TriggerSingle);
-  step->setSweepType(StepSweepFreqAmplitude);
-  step->setStartFreq(1e9);
-  step->setStopFreq(2e9);
-  step->setPoints(3);
-  step->setStartAmpl(-10);
-  step->setStopAmpl(-30);
-  step->setDwellTime(0.001);
+TEST_F(StepSweepUnitTest, SingleSweepRunsOncePerTriggerPointByPoint) {
+  client.command(
+      ":STEP:TRIG:TYPE SING;:STEP:TYPE FREQAMPL;:STEP:FREQ:STAR 1 GHz;"
+      ":STEP:FREQ:STOP 2 GHz;:STEP:POIN 3;:STEP:AMPL:STAR -10;:STEP:AMPL:STOP -30;"
+      ":STEP:DWEL 1us");
   connectAndEnable();
-  start(step, 5e7);
+  restart(":STEP ON", 5e7);
   QTest::qWait(50);
-  EXPECT_TRUE(played().empty()) << "nothing plays before the trigger";
-
-  const std::vector<std::pair<std::string, double>> sweep = {
-      {"krtSetFrequency", 1e9},   {"krtSetLevel", -10}, {"krtSubmitIQ", 50000},
-      {"krtSetFrequency", 1.5e9}, {"krtSetLevel", -20}, {"krtSubmitIQ", 50000},
-      {"krtSetFrequency", 2e9},   {"krtSetLevel", -30}, {"krtSubmitIQ", 50000},
-      {"krtFlushAndWait", 0}};
-  central.triggerPressed();
-  ASSERT_TRUE(waitUntil([&] { return count("krtFlushAndWait") == 1; }));
+  const std::vector<std::string> names = {"krtSetFrequency", "krtSetLevel", "krtSubmitIQ",
+                                          "krtSubmitTrigger", "krtFlushAndWait"};
+  EXPECT_TRUE(played(names).empty()) << "nothing before the trigger";
+  // A dwell of 1e-6 s is 50 samples.
+  const Calls sweep = {{"krtSetFrequency", 1e9},   {"krtSetLevel", -10}, {"krtSubmitIQ", 50},
+                       {"krtSetFrequency", 1.5e9}, {"krtSetLevel", -20}, {"krtSubmitIQ", 50},
+                       {"krtSetFrequency", 2e9},   {"krtSetLevel", -30}, {"krtSubmitIQ", 50},
+                       {"krtFlushAndWait", 0}};
+  client.command("*TRG");
+  ASSERT_TRUE(waitUntil([&] { return played({"krtFlushAndWait"}).size() == 1; }));
   QTest::qWait(30);
-  EXPECT_EQ(played(), sweep);
-
+  EXPECT_EQ(played(names), sweep);
   central.triggerPressed();
-  ASSERT_TRUE(waitUntil([&] { return count("krtFlushAndWait") == 2; }));
-  std::vector<std::pair<std::string, double>> twice = sweep;
+  ASSERT_TRUE(waitUntil([&] { return played({"krtFlushAndWait"}).size() == 2; }));
+  Calls twice = sweep;
   twice.insert(twice.end(), sweep.begin(), sweep.end());
-  EXPECT_EQ(played(), twice);
+  EXPECT_EQ(played(names), twice);
 }
 
-TEST_F(PulseSweepsTest, ContinuousFreqSweepAlternatesAtThePanelLevel) {
-  step->setStartFreq(2e9);
-  step->setStopFreq(1e9);
-  step->setPoints(2);
-  step->setStartAmpl(5);  // ignored by a "Freq" sweep
-  step->setDwellTime(0.001);
-  central.setLevel(-7.5);
+TEST_F(StepSweepUnitTest, ContinuousFreqSweepAlternatesAtThePanelLevel) {
+  // Downwards over two points; a "Freq" sweep ignores its level controls.
+  client.command(
+      ":POW -7.5;:STEP:FREQ:STAR 2 GHz;:STEP:FREQ:STOP 1 GHz;:STEP:POIN 2;"
+      ":STEP:AMPL:STAR 5;:STEP:AMPL:STOP 3");
   connectAndEnable();
-  start(step, 5e7);
-  ASSERT_TRUE(waitUntil([&] { return count("krtSetFrequency") >= 6; }));
+  restart(":STEP ON", 5e7);
+  ASSERT_TRUE(waitUntil([&] { return played({"krtSetFrequency"}).size() >= 6; }));
   central.stopStreaming();
-
-  const std::vector<std::pair<std::string, double>> calls = played();
-  int point = 0;
-  for (size_t i = 0; i + 2 < calls.size() && point < 6; i += 3, ++point) {
-    SCOPED_TRACE(point);
-    EXPECT_EQ(calls[i], std::make_pair(std::string("krtSetFrequency"), point % 2 ? 1e9 : 2e9));
-    EXPECT_EQ(calls[i + 1], std::make_pair(std::string("krtSetLevel"), -7.5));
-    EXPECT_EQ(calls[i + 2], std::make_pair(std::string("krtSubmitIQ"), 50000.0));
-  }
-  EXPECT_EQ(point, 6);
-  EXPECT_EQ(count("krtFlushAndWait"), 0u) << "no flush at the turn";
+  // No flush at the turn either.
+  const Calls calls = played({"krtSetFrequency", "krtSetLevel", "krtSubmitIQ", "krtFlushAndWait"});
+  Calls expected;
+  for (double frequency : {2e9, 1e9, 2e9, 1e9, 2e9, 1e9})
+    expected.insert(expected.end(),
+                    {{"krtSetFrequency", frequency}, {"krtSetLevel", -7.5}, {"krtSubmitIQ", 5e4}});
+  ASSERT_GE(calls.size(), expected.size());
+  EXPECT_EQ(Calls(calls.begin(), calls.begin() + expected.size()), expected);
 }
 
-TEST_F(PulseSweepsTest, LongDwellIsFedInPiecesAndStopsBetweenThem) {
-  step->setDwellTime(10.0);
-  connectAndEnable();
-  start(step, 5e7);
-  ASSERT_TRUE(waitUntil([&] { return count("krtSubmitIQ") >= 3; }));
-  central.stopStreaming();  // returns within a piece; a hang ends the test by its timeout
-  for (const json& e : sinceRestart()) {
-    if (e.value("fn", "") == "krtSubmitIQ") {
-      EXPECT_EQ(e["args"]["count"], 500000);
-    }
-  }
-  EXPECT_EQ(count("krtSetFrequency"), 1u);
-  EXPECT_EQ(log.sequence().back(), "krtAbort");
-}
-
-TEST_F(PulseSweepsTest, StepSweepReportsALostDevice) {
+TEST_F(StepSweepUnitTest, LongDwellGoesInPiecesUntilStoppedOrLost) {
   std::atomic<int> lost{0};
   QObject::connect(
       &central, &CentralWidget::deviceConnectionLost, &central, [&] { ++lost; },
       Qt::DirectConnection);
   connectAndEnable();
-  start(step, 5e7);
-  ASSERT_TRUE(waitUntil([&] { return count("krtSubmitIQ") > 0; }));
+  restart(":STEP:DWEL 10 s;:STEP ON", 5e7);
+  ASSERT_TRUE(waitUntil([&] { return played({"krtSubmitIQ"}).size() >= 3; }));
+  QElapsedTimer stop;
+  stop.start();
+  central.stopStreaming();
+  EXPECT_LT(stop.elapsed(), 1000) << "a stop takes effect within a piece of 10 ms";
+  // 5e8 samples at the first point, fed in pieces of 500000.
+  const Calls calls = played({"krtSetFrequency", "krtSubmitIQ"});
+  EXPECT_EQ(calls[0], Call("krtSetFrequency", 1e9));
+  EXPECT_EQ(size_t(std::count(calls.begin(), calls.end(), Call("krtSubmitIQ", 5e5))),
+            calls.size() - 1);
+
+  log.mark();
+  central.startStreamingQuiet();
+  ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
   std::ofstream(unplugPath()) << "unplugged";
   EXPECT_TRUE(waitUntil([&] { return lost.load() == 1; }));
   // The thread ends through the dispatch's abort, as after any stop.
   EXPECT_TRUE(waitUntil([&] { return log.sequence().back() == "krtAbort"; }));
 }
 
-// ---- Remote rows ----------------------------------------------------------------------------
-
-TEST_F(PulseSweepsTest, RemoteRowsSetAndReadTheViews) {
-  ScpiClient client(central.scpiServerPort());
-  ASSERT_TRUE(client.connected);
-  const std::vector<std::pair<QString, QString>> rows = {
-      // Mode state: ON selects the mode, OFF does nothing at all.
-      {":PULM?;:STEP?;:RAMP?", "0;0;0"},
-      {":PULM ON;:PULM:STAT?", "1"},
-      {":PULM OFF;:PULM?", "1"},
-      {":SOUR:STEP:STAT ON;:PULM?;:STEP?", "0;1"},
-      {"RAMP ON;:RAMP?;:STEP?", "1;0"},
-      // Pulse: times in seconds, a bare number in microseconds; the width and period drag
-      // each other.
-      {":PULM:TRIG:TYPE SING;:PULM:TRIG:TYPE?", "single"},
-      {":PULM:INT:PWID 10;:PULM:INT:PWID?", "1e-05"},
-      {":PULM:INT:PER 500ms;:PULM:INT:PWID 1s;:PULM:INT:PER?", "1"},
-      {":PULM:INT:PER 100ms;:PULM:INT:PWID?;:PULM:INT:PER?", "0.1;0.1"},
-      {":PULM:INT:PWID 0.01us;:PULM:INT:PWID?", "1e-07"},
-      // Step sweep.
-      {":STEP:TRIG:TYPE sing;:STEP:TRIG:TYPE?", "single"},
-      {":STEP:TYPE FREQAMPL;:STEP:TYPE?", "freqampl"},
-      {":STEP:FREQ:STAR 10 MHz;:STEP:FREQ:STAR?", "3e+07"},
-      {":STEP:FREQ:STOP 2.5 GHz;:STEP:FREQ:STOP?", "2.5e+09"},
-      {":STEP:POIN 1;:STEP:POIN?", "2"},
-      {":STEP:POIN 20000;:STEP:POIN?", "10001"},
-      {":STEP:AMPL:STAR 12.5;:STEP:AMPL:STAR?", "12.5"},
-      {":STEP:AMPL:STOP -130;:STEP:AMPL:STOP?", "-130"},
-      {":STEP:DWEL 20 s;:STEP:DWEL?", "10"},
-      {":STEP:DWEL 1;:STEP:DWEL?", "1e-06"},
-      // Ramp sweep; the period can be set but not read.
-      {"RAMP:TRIG:TYPE SINGLE;:RAMP:TRIG:TYPE?", "single"},
-      {"RAMP:FREQ:SPAN 100 MHz;:RAMP:FREQ:SPAN?", "4e+07"},
-      {"RAMP:SWE:TIME 500ms;:RAMP:SWE:TIME?", "0.5"},
-      {"RAMP:SWE:PER 200ms;:RAMP:SWE:PER?;:SYST:VER?", "1.0.5"},
-      {":SYST:ERR:COUN?", "0"},
-  };
-  for (const auto& [line, reply] : rows) EXPECT_EQ(client.query(line), reply) << line.toStdString();
-  EXPECT_EQ(central.currentMode(), 6);
-  EXPECT_DOUBLE_EQ(ramp->sweepPeriod(), 0.5);
-  EXPECT_DOUBLE_EQ(step->points(), 10001);
-
-  const std::vector<std::pair<QString, QString>> refused = {
-      {":STEP:TYPE sweep", "-2,Invalid parameter;Expected step sweep type"},
-      {":PULM:TRIG:TYPE once", "-2,Invalid parameter;Expected trigger type"},
-      {"RAMP:TRIG:TYPE freq", "-2,Invalid parameter;Expected trigger type"},
-  };
-  for (const auto& [line, entry] : refused) {
-    EXPECT_EQ(client.query(line + ";:SYST:ERR?"), entry) << line.toStdString();
-  }
-  EXPECT_EQ(client.query(":STEP:TYPE?;:PULM:TRIG:TYPE?;:RAMP:TRIG:TYPE?"),
-            "freqampl;single;single");
+TEST_F(StepSweepUnitTest, PresetGroup) {
+  client.command(
+      ":STEP:TRIG:TYPE SING;:STEP:TYPE FREQAMPL;:STEP:FREQ:STAR 2.5 GHz;"
+      ":STEP:FREQ:STOP 1.25 GHz;:STEP:POIN 17;:STEP:AMPL:STAR -3.5;"
+      ":STEP:AMPL:STOP -42.25;:STEP:DWEL 125 ms");
+  const QString stored =
+      "DwellTime=0.125|Points=17|StartAmpl=-3.5|StartFreq=2.5e+09|StopAmpl=-42.25|"
+      "StopFreq=1.25e+09|SweepType=1|TriggerMode=1";
+  EXPECT_EQ(savedGroup("StepSweep"), stored);
+  central.presetButtonPressed();
+  central.loadPreset(dir.filePath("saved.ini"));
+  EXPECT_EQ(savedGroup("StepSweep", "again.ini"), stored);
+  loadText(
+      "[StepSweep]\nStartFreq=1\nStopFreq=1e10\nPoints=many\nStartAmpl=99\n"
+      "DwellTime=100\nSweepType=9\n");
+  EXPECT_EQ(savedGroup("StepSweep"),
+            "DwellTime=10|Points=2|StartAmpl=99|StartFreq=3e+07|StopAmpl=-42.25|"
+            "StopFreq=6e+09|SweepType=1|TriggerMode=1");
 }
 
 }  // namespace

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+// Shared fixture of the pulse and sweep units' panel tests: the unit's view in the panel, a
+// remote client, the device calls since a restart, and preset groups as text.
+#pragma once
+
+#include "core/panel_fixture.h"
+#include "core/scpi_client.h"
+
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+// A device call with its argument: sample rate, frequency, level, sample count, or 0.
+using Call = std::pair<std::string, double>;
+using Calls = std::vector<Call>;
+
+template <class View>
+class UnitPanelTest : public PanelFixture {
+protected:
+  void SetUp() override {
+    PanelFixture::SetUp();
+    view = central.findChild<View*>();
+    ASSERT_NE(view, nullptr);
+    ASSERT_TRUE(client.connected);
+  }
+
+  // Opens the device with RF and modulation on, so that the selected mode plays.
+  void connectAndEnable() {
+    connectDevice();
+    central.setRFEnabled(true);
+    central.setModEnabled(true);
+  }
+
+  // Sends a line that restarts the thread and waits until the new one sets `sampleRate`.
+  void restart(const QString& line, double sampleRate) {
+    log.mark();
+    client.command(line);
+    ASSERT_TRUE(waitUntil([&] {
+      const Calls rates = played({"krtSetSampleRate"});
+      return !rates.empty() && rates.back().second == sampleRate;
+    }));
+  }
+
+  // The calls of `names` with their number argument, in order, since the last mark and after
+  // the abort that ended the thread running then.
+  Calls played(const std::vector<std::string>& names) const {
+    const std::vector<nlohmann::json> events = log.events();
+    auto e = std::find_if(events.begin(), events.end(),
+                          [](const nlohmann::json& x) { return x.value("fn", "") == "krtAbort"; });
+    Calls out;
+    for (; e != events.end(); ++e) {
+      const std::string fn = e->value("fn", "");
+      if (std::find(names.begin(), names.end(), fn) == names.end()) continue;
+      const nlohmann::json args = e->value("args", nlohmann::json::object());
+      double value = 0.0;
+      for (const auto& arg : args.items())
+        if (arg.value().is_number()) value = arg.value().template get<double>();
+      out.emplace_back(fn, value);
+    }
+    return out;
+  }
+
+  // A waveform unit plays on its own when "Continuous"; after `single` it waits for "*TRG",
+  // then plays one pass less its last sample, behind a trigger mark, and flushes.
+  void checkContinuousThenSingle(const QString& on, const QString& single, double rate,
+                                 double pass) {
+    connectAndEnable();
+    restart(on, rate);
+    EXPECT_TRUE(waitUntil([&] { return !played({"krtSubmitIQ"}).empty(); }));
+    EXPECT_TRUE(played({"krtSubmitTrigger"}).empty());
+    restart(single, rate);
+    QTest::qWait(50);
+    EXPECT_TRUE(played({"krtSubmitIQ", "krtSubmitTrigger"}).empty()) << "nothing before *TRG";
+    client.command("*TRG");
+    ASSERT_TRUE(waitUntil([&] { return !played({"krtFlushAndWait"}).empty(); }));
+    EXPECT_EQ(played({"krtSubmitTrigger", "krtSubmitIQ", "krtFlushAndWait"}),
+              (Calls{{"krtSubmitTrigger", 0}, {"krtSubmitIQ", pass}, {"krtFlushAndWait", 0}}));
+  }
+
+  // The group as saved in a preset file `name`: "key=value" in key order, joined by '|'.
+  QString savedGroup(const QString& group, const QString& name = "saved.ini") {
+    central.savePreset(dir.filePath(name));
+    QSettings s(dir.filePath(name), QSettings::IniFormat);
+    s.beginGroup(group);
+    QStringList pairs;
+    for (const QString& key : s.childKeys()) pairs << key + "=" + s.value(key).toString();
+    return pairs.join('|');
+  }
+
+  // Loads a preset file of the given text.
+  void loadText(const QByteArray& text) {
+    QFile file(dir.filePath("hand-made.ini"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(text);
+    file.close();
+    central.loadPreset(file.fileName());
+  }
+
+  View* view = nullptr;
+  ScpiClient client{central.scpiServerPort()};
+  QTemporaryDir dir;
+};
