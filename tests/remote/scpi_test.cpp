@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Scpi: lines in, exact bytes out; which row matched, the path rule, readers and framing.
 #include "remote/scpi.h"
+#include "remote/scpi_words.h"
 #include "scpi_rig.h"
 
 #include <QRegularExpression>
@@ -232,6 +233,29 @@ TEST(Scpi, ReadersConvertOrLeaveTheParameter) {
       const QString line = QStringLiteral("FREQ ") + QString::fromUtf8(parameter) + "\n";
       EXPECT_EQ(rig.send(line), QByteArray(out) + "\n") << parameter;
     }
+  }
+}
+
+// The word tables read a word (short or long, any case) as the integer the enumeration
+// stores, and write that integer back as its long word.
+TEST(ScpiWords, ReadAndWriteTheStoredValues) {
+  const struct {
+    const ScpiWordTable& table;
+    const char* word;
+    const char* out;
+  } rows[] = {{scpiWords::triggerType, "CONT", "0 continuous"},
+              {scpiWords::triggerType, "single", "1 single"},
+              {scpiWords::stepSweepType, "FreqAmpl", "1 freqampl"},
+              {scpiWords::modulationShape, "TRI", "2 triangle"},
+              {scpiWords::multitonePhase, "fix", "0 fixed"}};
+  for (const auto& row : rows) {
+    ScpiRig rig;
+    rig.act = [&row](Scpi* s) {
+      int value = -7;
+      readScpiWord(*s, row.table, value);
+      s->addResponse(QString::number(value) + " " + scpiWordText(row.table, value));
+    };
+    EXPECT_EQ(rig.send(QStringLiteral("FREQ ") + row.word + "\n"), QByteArray(row.out) + "\n");
   }
 }
 
