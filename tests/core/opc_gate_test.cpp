@@ -27,6 +27,9 @@ struct Sequence {
   bool complete;
 };
 
+// A stable test name for CTest (the default prints the object's bytes, pointers included).
+void PrintTo(const Sequence& s, std::ostream* os) { *os << s.what; }
+
 class OpcGateSequence : public ::testing::TestWithParam<Sequence> {};
 
 TEST_P(OpcGateSequence, EsrAnswersAsTheRestartLeftIt) {
