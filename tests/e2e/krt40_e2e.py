@@ -59,7 +59,6 @@ class App:
 
     def __init__(self, path, workdir, record_max=RECORD_MAX):
         self.port = free_port()
-        self.workdir = workdir
         self.record = os.path.join(workdir, "out")
         self.events = os.path.join(workdir, "events.jsonl")
         self.log_path = os.path.join(workdir, "app.log")
@@ -84,9 +83,6 @@ class App:
         self.log = open(self.log_path, "wb")
         self.proc = subprocess.Popen([os.path.abspath(path)], env=env, stdout=self.log,
                                      stderr=subprocess.STDOUT, cwd=workdir)
-
-    def resource(self):
-        return "TCPIP::127.0.0.1::%d::SOCKET" % self.port
 
     def wait_exit(self, seconds):
         try:
@@ -113,8 +109,9 @@ def open_client(rm, app, seconds):
             raise RuntimeError("application exited with %s" % app.proc.returncode)
         inst = None
         try:
-            inst = rm.open_resource(app.resource(), read_termination="\n",
-                                    write_termination="\n", timeout=2000, open_timeout=500)
+            inst = rm.open_resource("TCPIP::127.0.0.1::%d::SOCKET" % app.port,
+                                    read_termination="\n", write_termination="\n",
+                                    timeout=2000, open_timeout=500)
             # pyvisa-py connects without blocking; a refusal only shows at the first transfer.
             inst.query("*IDN?")
             return inst
