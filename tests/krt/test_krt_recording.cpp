@@ -111,22 +111,10 @@ TEST(KrtRecording, SegmentsAndTriggersSitAtTheirSamplePositions) {
     EXPECT_EQ(meta["annotations"].size(), 2u);  // nothing else
     for (const Json& a : meta["annotations"]) EXPECT_TRUE(a.contains("core:sample_count"));
 
-    // The events log: the calls in order, with the header's argument names.
+    // The events log, in call order (the panel and engine tests check the sequences of
+    // calls), with the header's argument names.
     const std::vector<Json> lines = readJsonLines(events);
-    std::vector<std::string> calls;
-    double lastT = 0;
-    for (const Json& e : lines) {
-      EXPECT_GE(e.at("t").get<double>(), lastT);
-      lastT = e["t"];
-      if (e["fn"] != "device") calls.push_back(e["fn"]);
-    }
-    const std::vector<std::string> expected = {
-        "krtOpenDeviceBySerial", "krtSetSampleRate", "krtSetFrequency", "krtSetLevel",
-        "krtSubmitIQ",           "krtSetFrequency",  "krtSubmitIQ",     "krtSubmitIQ",
-        "krtSubmitTrigger",      "krtSubmitIQ",      "krtSetLevel",     "krtSetSampleRate",
-        "krtSubmitIQ",           "krtSubmitTrigger", "krtFlushAndWait", "krtSetIQOffset",
-        "krtSubmitIQ",           "krtFlushAndWait",  "krtCloseDevice"};
-    EXPECT_EQ(calls, expected);
+    for (size_t i = 1; i < lines.size(); ++i) EXPECT_GE(lines[i]["t"], lines[i - 1]["t"]);
     ASSERT_GE(lines.size(), 5u);
     EXPECT_EQ(lines[0]["args"], Json({{"serialNumber", kSerial}}));
     EXPECT_FALSE(lines[0].contains("handle"));
