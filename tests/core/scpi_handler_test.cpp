@@ -137,11 +137,15 @@ TEST_F(ScpiHandlerTest, PresetRowsAndQuickPresetSlots) {
   client.command("*SAV 0;*SAV 10");
   EXPECT_FALSE(QFile::exists(quickPresetPath(0)));
   EXPECT_FALSE(QFile::exists(quickPresetPath(10)));
-  client.command(":FREQ 2 GHz;*SAV 9;:FREQ 3 GHz;*RCL 10");
+  // The slots are 1 to 9; a recall of another number changes nothing.
+  client.command(":FREQ 2 GHz;*SAV 9;:FREQ 2.5 GHz;*SAV 1;:FREQ 3 GHz;*RCL 10");
   EXPECT_DOUBLE_EQ(central.frequency(), 3e9);
   client.command("*RCL 9");
   EXPECT_DOUBLE_EQ(central.frequency(), 2e9);
+  client.command("*RCL 1");
+  EXPECT_DOUBLE_EQ(central.frequency(), 2.5e9);
   QFile::remove(quickPresetPath(9));
+  QFile::remove(quickPresetPath(1));
 }
 
 TEST_F(ScpiHandlerTest, WindowRowsGoThroughTheMainWindowRequests) {
