@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Shared fixture of the pulse and sweep units' panel tests: the unit's view in the panel, a
-// remote client, the device calls since a restart, and preset groups as text.
+// remote client and its rows, the device calls since a restart, and preset groups as text.
 #pragma once
 
 #include "core/panel_fixture.h"
@@ -8,9 +8,11 @@
 
 #include <QFile>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,6 +31,29 @@ protected:
     ASSERT_TRUE(client.connected);
   }
 
+  // A remote line, its reply, whether the view reported a change, and what `shown` then reads
+  // (empty: not looked at).
+  struct Row {
+    QString line, reply;
+    bool updates;
+    QString shown = {};
+  };
+
+  // Sends the rows in order; none of them leaves an error in the queue.
+  void checkRows(const std::vector<Row>& rows, const std::function<QString()>& shown = {}) {
+    QSignalSpy updated(view, &ModeWidget::updated);
+    for (const Row& row : rows) {
+      SCOPED_TRACE(row.line);
+      updated.clear();
+      EXPECT_EQ(client.query(row.line), row.reply);
+      EXPECT_EQ(updated.count() > 0, row.updates);
+      if (!row.shown.isEmpty()) {
+        EXPECT_EQ(shown(), row.shown);
+      }
+    }
+    EXPECT_EQ(client.query(":SYST:ERR:COUN?"), "0");
+  }
+
   // Opens the device with RF and modulation on, so that the selected mode plays.
   void connectAndEnable() {
     connectDevice();
@@ -40,10 +65,8 @@ protected:
   void restart(const QString& line, double sampleRate) {
     log.mark();
     client.command(line);
-    ASSERT_TRUE(waitUntil([&] {
-      const Calls rates = played({"krtSetSampleRate"});
-      return !rates.empty() && rates.back().second == sampleRate;
-    }));
+    const Calls retune = {{"krtSetSampleRate", sampleRate}};
+    ASSERT_TRUE(waitUntil([&] { return played({"krtSetSampleRate"}) == retune; }));
   }
 
   // The calls of `names` with their number argument, in order, since the last mark and after
@@ -95,8 +118,7 @@ protected:
   // Loads a preset file of the given text.
   void loadText(const QByteArray& text) {
     QFile file(dir.filePath("hand-made.ini"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
     file.close();
     central.loadPreset(file.fileName());
   }

@@ -6,8 +6,6 @@
 #include "support/form_rows.h"
 #include "widgets/my_list_widget.h"
 
-#include <QSignalSpy>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -19,34 +17,23 @@ TEST_F(RampSweepUnitTest, FormAndRemoteRows) {
   EXPECT_EQ(formRows(*view),
             QStringList({"Enabled=QCheckBox", "Trigger Mode=MyComboBox", "Span=FrequencyEdit",
                          "Sweep Time=TimeEdit", "Period=TimeEdit", "Continuous=0", "Single=1"}));
-  QSignalSpy updated(view, &ModeWidget::updated);
   // The period has no query: its row 119 is never reached, so a query of it answers nothing.
-  const struct {
-    QString line, reply;
-    bool updates;
-    double period;
-  } rows[] = {
-      {"RAMP?;:RAMP:TRIG:TYPE?;:RAMP:FREQ:SPAN?;:RAMP:SWE:TIME?", "0;continuous;2e+07;0.001", false,
-       0.001},
-      {"SOUR:RAMP:STAT ON;:RAMP:STAT?;:AM?", "1;0", false, 0.001},
-      {"RAMP:TRIG:TYPE SINGLE;:RAMP:TRIG:TYPE?", "single", true, 0.001},
-      {"RAMP:FREQ:SPAN 100 MHz;:RAMP:FREQ:SPAN?", "4e+07", true, 0.001},
-      {"RAMP:FREQ:SPAN 0.1;:RAMP:FREQ:SPAN?", "1", true, 0.001},
-      {"RAMP:SWE:TIME 500ms;:RAMP:SWE:TIME?", "0.5", true, 0.5},  // raises the period
-      {"RAMP:SWE:TIME 100ms;:RAMP:SWE:TIME?", "0.1", true, 0.5},  // lowering keeps it
-      {"RAMP:SWE:PER 50ms;:RAMP:SWE:PER?;:SYST:VER?", "1.0.5", true, 0.1},
-      {"RAMP:SWE:PER 3 s;:SYST:VER?", "1.0.5", true, 1.0},
-      {"RAMP:SWE:TIME 0;:RAMP:SWE:TIME?", "1e-06", true, 1.0},
-      {"RAMP:SWE:TIME 2 s;:RAMP:SWE:TIME?", "1", true, 1.0},
-      {":SYST:ERR:COUN?", "0", false, 1.0},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.line);
-    updated.clear();
-    EXPECT_EQ(client.query(row.line), row.reply);
-    EXPECT_EQ(updated.count() > 0, row.updates);
-    EXPECT_EQ(view->sweepPeriod(), row.period);
-  }
+  checkRows(
+      {
+          {"RAMP?;:RAMP:TRIG:TYPE?;:RAMP:FREQ:SPAN?;:RAMP:SWE:TIME?", "0;continuous;2e+07;0.001",
+           false, "0.001"},
+          {"SOUR:RAMP:STAT ON;:RAMP:STAT?;:AM?", "1;0", false, "0.001"},
+          {"RAMP:TRIG:TYPE SINGLE;:RAMP:TRIG:TYPE?", "single", true, "0.001"},
+          {"RAMP:FREQ:SPAN 100 MHz;:RAMP:FREQ:SPAN?", "4e+07", true, "0.001"},
+          {"RAMP:FREQ:SPAN 0.1;:RAMP:FREQ:SPAN?", "1", true, "0.001"},
+          {"RAMP:SWE:TIME 500ms;:RAMP:SWE:TIME?", "0.5", true, "0.5"},  // raises the period
+          {"RAMP:SWE:TIME 100ms;:RAMP:SWE:TIME?", "0.1", true, "0.5"},  // lowering keeps it
+          {"RAMP:SWE:PER 50ms;:RAMP:SWE:PER?;:SYST:VER?", "1.0.5", true, "0.1"},
+          {"RAMP:SWE:PER 3 s;:SYST:VER?", "1.0.5", true, "1"},
+          {"RAMP:SWE:TIME 0;:RAMP:SWE:TIME?", "1e-06", true, "1"},
+          {"RAMP:SWE:TIME 2 s;:RAMP:SWE:TIME?", "1", true, "1"},
+      },
+      [&] { return QString::number(view->sweepPeriod()); });
   EXPECT_EQ(central.currentMode(), 6);
 }
 
