@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: MIT
-// ModeWidget construction and MyStackedWidget lookups by mode index.
+// MyStackedWidget: pages found and shown by mode index.
 #include "modes/mode_widget.h"
 #include "modes/my_stacked_widget.h"
-#include "widgets/my_form_layout.h"
-
-#include <QCheckBox>
-#include <QHBoxLayout>
-#include <QSpacerItem>
 
 #include <gtest/gtest.h>
 
@@ -14,38 +9,11 @@ namespace {
 
 class TestView : public ModeWidget {
 public:
-  TestView(const QString& name, int index, bool addSpacer = true)
-      : ModeWidget(name, index, nullptr, addSpacer) {}
-  MyFormLayout* form() const { return formLayout; }
+  TestView(const QString& name, int index) : ModeWidget(name, index) {}
   void setDefaults() override {}
   void saveSettings(QSettings*) override {}
   void loadSettings(QSettings*) override {}
 };
-
-TEST(ModeWidget, FormBesideAnExpandingSpacer) {
-  TestView view("AM", 1);
-  EXPECT_EQ(view.modeName(), "AM");
-  EXPECT_EQ(view.modeIndex(), 1);
-  ASSERT_NE(view.enabledCheck(), nullptr);
-  EXPECT_EQ(view.enabledCheck()->parentWidget(), &view);
-
-  auto* row = qobject_cast<QHBoxLayout*>(view.layout());
-  ASSERT_NE(row, nullptr);
-  ASSERT_EQ(row->count(), 2);
-  EXPECT_EQ(row->itemAt(0)->layout(), view.form());
-  QSpacerItem* spacer = row->itemAt(1)->spacerItem();
-  ASSERT_NE(spacer, nullptr);
-  EXPECT_EQ(spacer->sizeHint(), QSize(10, 10));
-  EXPECT_EQ(spacer->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
-  EXPECT_EQ(spacer->sizePolicy().verticalPolicy(), QSizePolicy::Minimum);
-}
-
-TEST(ModeWidget, WithoutSpacerTheViewLaysOutItsForm) {
-  TestView view("Streaming", 19, false);
-  EXPECT_EQ(view.layout(), nullptr);
-  ASSERT_NE(view.form(), nullptr);
-  EXPECT_EQ(view.form()->parent(), nullptr);
-}
 
 TEST(MyStackedWidget, FindsAndShowsPagesByModeIndex) {
   MyStackedWidget stack;
