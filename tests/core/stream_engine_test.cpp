@@ -4,7 +4,7 @@
 #include "core/impairment_stage.h"
 #include "core/opc_gate.h"
 #include "core/stream_engine.h"
-#include "engine_test_env.h"
+#include "krt/krt_scenario.h"
 #include "support/events_log.h"
 
 #include <gtest/gtest.h>
@@ -55,7 +55,14 @@ public:
 
 class StreamEngineTest : public ::testing::Test {
 protected:
+  // One simulated device, unpaced, with an events log and an unplug file, the same for every
+  // test of this process.
   void SetUp() override {
+    static const bool configured =
+        krttest::useEnvironment({{"KRT40_SIM_SPEED", "0"},
+                                 {"KRT40_SIM_EVENTS", krttest::scratch("events.jsonl")},
+                                 {"KRT40_SIM_UNPLUG_FILE", unplugPath()}});
+    ASSERT_TRUE(configured);
     std::remove(unplugPath().c_str());
     ASSERT_TRUE(device.open(21000001));
     device.setImpairments(&stage);
@@ -70,7 +77,7 @@ protected:
     std::remove(unplugPath().c_str());
   }
 
-  static std::string unplugPath() { return engineScratchDir() + "/unplug"; }
+  static std::string unplugPath() { return krttest::scratch("unplug"); }
 
   // Runs `body` on a streaming thread with the run flag set.
   void startWorker(std::function<void()> body) {
@@ -103,7 +110,7 @@ protected:
   OpcGate gate;
   RecordingStage stage;
   StreamEngine engine{&device, &gate};
-  EventsLog log{engineScratchDir() + "/events.jsonl"};
+  EventsLog log{krttest::scratch("events.jsonl")};
   std::thread worker;
 };
 
