@@ -19,8 +19,8 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QSettings>
-#include <QSignalSpy>
 #include <QStackedWidget>
+#include <QStringList>
 
 #include <gtest/gtest.h>
 
@@ -39,6 +39,22 @@ public:
   int defaults = 0;
 };
 
+// Signals of the streaming thread, recorded on the test's thread and queued, as the window
+// receives them: a QSignalSpy would append on the emitting thread while the test reads it.
+struct StreamSignals {
+  explicit StreamSignals(CentralWidget& central) {
+    QObject::connect(
+        &central, &CentralWidget::updateStatusBarModeSignal, &receiver,
+        [this](const QString& text) { modeTexts.append(text); }, Qt::QueuedConnection);
+    QObject::connect(
+        &central, &CentralWidget::deviceConnectionLost, &receiver, [this] { ++lost; },
+        Qt::QueuedConnection);
+  }
+  QObject receiver;
+  QStringList modeTexts;
+  int lost = 0;
+};
+
 class CentralWidgetTest : public PanelFixture {
 protected:
   QPushButton* button(const QString& text) {
@@ -48,12 +64,8 @@ protected:
   }
 
   // Waits until the running thread has told the status bar what it plays.
-  bool waitForMode(QSignalSpy& spy, const QString& text) {
-    return waitUntil([&] {
-      for (const QList<QVariant>& args : spy)
-        if (args.at(0).toString() == text) return true;
-      return false;
-    });
+  bool waitForMode(StreamSignals& recorded, const QString& text) {
+    return waitUntil([&] { return recorded.modeTexts.contains(text); });
   }
 };
 
@@ -184,7 +196,7 @@ TEST_F(CentralWidgetTest, RestartWhileStoppedLeavesSettingsPending) {
 }
 
 TEST_F(CentralWidgetTest, TheThreadPlaysWhatRfAndModulationAsk) {
-  QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
+  StreamSignals modeText(central);
   connectDevice();
   ASSERT_TRUE(waitForMode(modeText, "Off"));
   EXPECT_TRUE(log.calls("krtSubmitIQ").empty()) << "RF off submits nothing";
@@ -196,12 +208,15 @@ TEST_F(CentralWidgetTest, TheThreadPlaysWhatRfAndModulationAsk) {
   EXPECT_EQ(log.calls("krtSubmitIQ")[0]["args"]["count"], 833333);
   EXPECT_DOUBLE_EQ(log.calls("krtSetFrequency").back()["args"]["frequency"].get<double>(), 30e6);
 
-  // "Mod On" before any mode is enabled still plays the carrier, with no mode text.
-  modeText.clear();
+  // "Mod On" before any mode is enabled still plays the carrier, with no mode text. The texts
+  // of the threads before it are taken off the queue first.
+  QCoreApplication::processEvents();
+  modeText.modeTexts.clear();
   log.mark();
   central.setModEnabled(true);
   ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
-  for (const QList<QVariant>& args : modeText) EXPECT_EQ(args.at(0).toString(), "");
+  QCoreApplication::processEvents();  // what the thread emitted before it submitted
+  for (const QString& text : modeText.modeTexts) EXPECT_EQ(text, "");
 }
 
 TEST_F(CentralWidgetTest, OpcCompletesAfterATenthOfASecondOfOutput) {
@@ -250,7 +265,7 @@ TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
   EXPECT_EQ(list->activeRowMode(), -1);
 
   // Checking a view's box makes it active: restart, coloured row, its name on the status bar.
-  QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
+  StreamSignals modeText(central);
   second->enabledCheck()->click();
   EXPECT_EQ(central.currentMode(), 10);
   EXPECT_EQ(list->activeRowMode(), 10);
@@ -298,12 +313,12 @@ TEST_F(CentralWidgetTest, PresetRestoresTheFactoryStateButKeepsTheMode) {
 }
 
 TEST_F(CentralWidgetTest, LostDeviceIsReportedFromTheStream) {
+  StreamSignals streamSignals(central);
   connectDevice();
   central.setRFEnabled(true);
-  QSignalSpy lost(&central, &CentralWidget::deviceConnectionLost);
   ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
   std::ofstream(unplugPath()) << "unplugged";
-  EXPECT_TRUE(waitUntil([&] { return lost.count() == 1; }));
+  EXPECT_TRUE(waitUntil([&] { return streamSignals.lost == 1; }));
   ASSERT_TRUE(waitUntil([&] { return !log.calls("krtAbort").empty(); }));
 }
 
