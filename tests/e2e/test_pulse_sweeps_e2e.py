@@ -140,7 +140,7 @@ def check_session(r, rm, app):
     finally:
         inst.close()
     code = app.wait_exit(5)
-    r.check(":SYST:CLOS ends the program", code is not None, "still running after 5 s")
+    r.check(":SYST:CLOS ends the program", code == 0, "exit code %r after 5 s" % code)
 
 
 def segment(captures, frequency, rate):
