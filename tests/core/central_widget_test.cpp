@@ -15,7 +15,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QSignalSpy>
+#include <QStringList>
 #include <QStackedWidget>
 
 #include <gtest/gtest.h>
@@ -71,15 +71,23 @@ TEST_F(ThrowawayUnitTest, JoinsTheListTheDispatchAndTheRemoteRows) {
   }));
 }
 
+// Signals of the streaming thread, recorded on the test's thread and queued, as the window
+// receives them: a QSignalSpy would append on the emitting thread while the test reads it.
+struct StreamSignals {
+  explicit StreamSignals(CentralWidget& central) {
+    QObject::connect(
+        &central, &CentralWidget::updateStatusBarModeSignal, &receiver,
+        [this](const QString& text) { modeTexts.append(text); }, Qt::QueuedConnection);
+  }
+  QObject receiver;
+  QStringList modeTexts;
+};
+
 class CentralWidgetTest : public PanelFixture {
 protected:
   // Waits until the running thread has told the status bar what it plays.
-  bool waitForMode(QSignalSpy& spy, const QString& text) {
-    return waitUntil([&] {
-      for (const QList<QVariant>& args : spy)
-        if (args.at(0).toString() == text) return true;
-      return false;
-    });
+  bool waitForMode(StreamSignals& recorded, const QString& text) {
+    return waitUntil([&] { return recorded.modeTexts.contains(text); });
   }
 };
 
@@ -142,7 +150,7 @@ TEST_F(CentralWidgetTest, RestartsPlayWhatRfAndModulationAsk) {
   EXPECT_FALSE(central.gate().isSettingsPending());
   EXPECT_TRUE(log.events().empty());
 
-  QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
+  StreamSignals modeText(central);
   connectDevice();
   ASSERT_TRUE(waitForMode(modeText, "Off"));
   central.setCenterFrequency(29e6);
@@ -151,12 +159,15 @@ TEST_F(CentralWidgetTest, RestartsPlayWhatRfAndModulationAsk) {
   ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
   EXPECT_DOUBLE_EQ(log.calls("krtSetFrequency").back()["args"]["frequency"].get<double>(), 30e6);
 
-  // "Mod On" before any mode is enabled still plays the carrier, with no mode text.
-  modeText.clear();
+  // "Mod On" before any mode is enabled still plays the carrier, with no mode text. The texts
+  // of the threads before it are taken off the queue first.
+  QCoreApplication::processEvents();
+  modeText.modeTexts.clear();
   log.mark();
   central.setModEnabled(true);
   ASSERT_TRUE(waitUntil([&] { return !log.calls("krtSubmitIQ").empty(); }));
-  for (const QList<QVariant>& args : modeText) EXPECT_EQ(args.at(0).toString(), "");
+  QCoreApplication::processEvents();
+  for (const QString& text : modeText.modeTexts) EXPECT_EQ(text, "");
 
   // A click on "Ext Ref" restarts twice, each time with the external reference.
   log.mark();
@@ -186,7 +197,7 @@ TEST_F(CentralWidgetTest, ModeListBrowsesAndEnabledBoxActivates) {
   EXPECT_EQ(list->activeRowMode(), -1);
 
   // Checking a view's box makes it active: restart, coloured row, its name on the status bar.
-  QSignalSpy modeText(&central, &CentralWidget::updateStatusBarModeSignal);
+  StreamSignals modeText(central);
   second->enabledCheck()->click();
   EXPECT_EQ(central.currentMode(), 10);
   EXPECT_EQ(list->activeRowMode(), 10);

@@ -77,7 +77,7 @@ def check_session(r, rm, app):
     finally:
         inst.close()
     code = app.wait_exit(10)
-    r.check(":SYST:CLOS ends the program", code is not None, "still running after 10 s")
+    r.check(":SYST:CLOS ends the program", code == 0, "exit code %r after 10 s" % code)
 
 
 def find_segment(captures, rate):
