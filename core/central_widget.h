@@ -164,12 +164,19 @@ private:
 
   void setUpRemote();
   void showRemoteDialog();
+  void dropClientOwedTooMuch(QTcpSocket* client);
   void handleCommonCommand(Scpi& command, int id);
   void handleSourceCommand(Scpi& command, int id);
   void loadHeadKeys(QSettings& settings);
 
   QTcpServer scpiServer;
   QTcpSocket* scpiSocket = nullptr;
+  // True while a received chunk is being run; clients replaced meanwhile wait here for it.
+  bool readingScpi = false;
+  QList<QTcpSocket*> retiredSockets;
+  // Replies a client may leave unread before it is dropped.
+  static constexpr qint64 maxOwedReplyBytes = 4 << 20;
+  static constexpr qint64 scpiReadChunkBytes = 64 << 10;
   Scpi scpi;
   SCPIRemoteDialog* remoteDialog = nullptr;
   OpcGate opcGate;

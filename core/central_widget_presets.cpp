@@ -7,6 +7,7 @@
 #include "modes/mode_widget.h"
 #include "modes/my_stacked_widget.h"
 #include "persist/paths.h"
+#include "persist/settings_file.h"
 #include "shell/error_queue.h"
 #include "shell/message_box.h"
 #include "shell/version_checker.h"
@@ -22,11 +23,18 @@
 #include <QSettings>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
 constexpr double minFrequency = 30e6;
 constexpr double maxFrequency = 6e9;
+
+// The key's number, or `current` where the key is missing or holds a NaN, which is no value.
+double numberOr(const QSettings& settings, const char* key, double current) {
+  const double value = settings.value(key, current).toDouble();
+  return std::isnan(value) ? current : value;
+}
 
 // Clamps to [low, high] and logs `message` with code -1 when the value had to move.
 double clampLogged(double value, double low, double high, const char* message) {
@@ -37,7 +45,9 @@ double clampLogged(double value, double low, double high, const char* message) {
 
 }  // namespace
 
+// A path that is no regular file (a FIFO) is left alone; an oversized file is replaced.
 void CentralWidget::savePreset(const QString& path) {
+  if (!settingsFileWritable(path)) return;
   QSettings settings(path, QSettings::IniFormat);
   settings.remove("");  // nothing of an older file survives
   settings.sync();
@@ -57,7 +67,7 @@ void CentralWidget::savePreset(const QString& path) {
 // output is rebuilt once at the end. The I/Q offsets, reference and timebase offset reach the
 // device at the next restart, not here.
 void CentralWidget::loadPreset(const QString& path) {
-  if (!QFile::exists(path)) {
+  if (!QFile::exists(path) || !settingsFileReadable(path)) {
     showWarning(this, "No Preset", "Unable to load preset.");
     return;
   }
@@ -81,18 +91,18 @@ void CentralWidget::loadHeadKeys(QSettings& settings) {
                               1);
   settingsChanged();
 
-  frequencyEdit->setValue(clampLogged(settings.value("Frequency", frequency()).toDouble(),
-                                      minFrequency, maxFrequency, "Center frequency clamped"));
+  frequencyEdit->setValue(clampLogged(numberOr(settings, "Frequency", frequency()), minFrequency,
+                                      maxFrequency, "Center frequency clamped"));
   settingsChanged();
-  const double step = clampLogged(settings.value("FrequencyStep", frequencyStep()).toDouble(), 0.0,
+  const double step = clampLogged(numberOr(settings, "FrequencyStep", frequencyStep()), 0.0,
                                   maxFrequency, "Step frequency clamped");
   frequencyStepEdit->setValue(step);
   frequencyEdit->setStep(step);
 
-  levelEdit->setValue(std::clamp(settings.value("PowerLevel", level()).toDouble(), -120.0, 10.0));
+  levelEdit->setValue(std::clamp(numberOr(settings, "PowerLevel", level()), -120.0, 10.0));
   settingsChanged();
   const double levelStepValue =
-      std::clamp(settings.value("PowerLevelStep", levelStep()).toDouble(), 0.0, 100.0);
+      std::clamp(numberOr(settings, "PowerLevelStep", levelStep()), 0.0, 100.0);
   levelStepEdit->setValue(levelStepValue);
   levelEdit->setStep(levelStepValue);
 }
@@ -111,6 +121,7 @@ void CentralWidget::loadQuickPreset(int n) { loadPreset(quickPresetPath(n)); }
 
 void CentralWidget::savePowerOnPreset() {
   savePreset(powerOnPresetPath());
+  if (!settingsFileWritable(powerOnPresetPath())) return;
   QSettings settings(powerOnPresetPath(), QSettings::IniFormat);
   settings.beginGroup("SoftwareVersion");
   settings.setValue("Major", kSoftwareVersion.majorPart);
@@ -119,14 +130,11 @@ void CentralWidget::savePowerOnPreset() {
   settings.endGroup();
 }
 
-void CentralWidget::deletePowerOnPreset() {
-  QSettings settings(powerOnPresetPath(), QSettings::IniFormat);
-  QFile::remove(settings.fileName());
-}
+void CentralWidget::deletePowerOnPreset() { QFile::remove(powerOnPresetPath()); }
 
 void CentralWidget::loadPowerOnPreset() {
   const QString path = powerOnPresetPath();
-  if (!QFile::exists(path)) return;
+  if (!QFile::exists(path) || !settingsFileReadable(path)) return;
   VersionNumber saved;
   {
     QSettings settings(path, QSettings::IniFormat);

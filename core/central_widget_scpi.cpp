@@ -53,10 +53,20 @@ void CentralWidget::restartScpiServerIfIdle() {
 }
 
 void CentralWidget::handleSCPIConnection() {
-  if (scpiSocket) scpiSocket->deleteLater();
+  // The former client goes later; while its command still runs (a connect waits in a nested
+  // event loop) it stays alive, or the read on the stack below would use a freed socket.
+  if (scpiSocket) {
+    if (readingScpi)
+      retiredSockets.append(scpiSocket);
+    else
+      scpiSocket->deleteLater();
+  }
   scpiSocket = scpiServer.nextPendingConnection();
   if (!scpiSocket) return;
   scpi.setSocket(scpiSocket);
+  // Lines are taken a bounded chunk at a time, so that a client that sends without end can be
+  // dropped between two chunks and the event loop keeps turning.
+  scpiSocket->setReadBufferSize(scpiReadChunkBytes);
   // While a client is connected nothing listens: a second client is refused, not queued.
   scpiServer.close();
   connect(scpiSocket, &QTcpSocket::disconnected, this, &CentralWidget::handleSCPIDisconnect);
@@ -66,15 +76,34 @@ void CentralWidget::handleSCPIConnection() {
 void CentralWidget::handleSCPIDisconnect() { startScpiServer(); }
 
 void CentralWidget::readSCPISocket() {
+  // A command that runs a nested event loop can't take the next line before it has answered;
+  // what arrives meanwhile is read below, once it has.
+  if (readingScpi) return;
   if (!scpiSocket || scpiSocket->state() != QAbstractSocket::ConnectedState) {
     startScpiServer();
     return;
   }
-  const QByteArray bytes = scpiSocket->readAll();
+  readingScpi = true;
+  // The socket announces bytes once: everything buffered is read, also what came in while a
+  // command ran, from this client or from the one that took its place.
+  while (scpiSocket && scpiSocket->state() == QAbstractSocket::ConnectedState &&
+         scpiSocket->bytesAvailable() > 0) {
+    QTcpSocket* client = scpiSocket;
+    const QByteArray bytes = client->readAll();
+    // The text of a chunk ends at its first zero byte.
+    scpi.feed(QString::fromUtf8(bytes.constData(),
+                                static_cast<int>(qstrnlen(bytes.constData(), bytes.size()))));
+    dropClientOwedTooMuch(client);
+  }
+  readingScpi = false;
+  for (QTcpSocket* retired : retiredSockets) retired->deleteLater();
+  retiredSockets.clear();
+}
 
-  // The text of a chunk ends at its first zero byte.
-  scpi.feed(QString::fromUtf8(bytes.constData(),
-                              static_cast<int>(qstrnlen(bytes.constData(), bytes.size()))));
+// A client that never reads its replies would make them pile up without end: past the limit
+// it is dropped, as if it had left.
+void CentralWidget::dropClientOwedTooMuch(QTcpSocket* client) {
+  if (client == scpiSocket && client->bytesToWrite() > maxOwedReplyBytes) client->abort();
 }
 
 void CentralWidget::showRemoteDialog() {

@@ -5,6 +5,8 @@
 #include "core/impairment_stage.h"
 #include "krt/krt_api.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace {
@@ -47,7 +49,7 @@ void Device::retune(const TuneRecord& record) {
   }
   // The device expects this order: tuning mode, rate, frequency, level.
   krtSetDigitalTuning(handle, lowSpur ? 1 : 0);
-  krtSetSampleRate(handle, tunedRate);
+  noteSampleRate(tunedRate, krtSetSampleRate(handle, tunedRate));
   krtSetFrequency(handle, tunedFrequency);
   krtSetLevel(handle, record.level);
   currentTune = record;
@@ -65,7 +67,20 @@ void Device::submitIQ(const Sample* samples, int count) {
 
 void Device::setFrequency(double hz) { krtSetFrequency(handle, hz); }
 void Device::setLevel(double dbm) { krtSetLevel(handle, dbm); }
-void Device::setSampleRate(double samplesPerSecond) { krtSetSampleRate(handle, samplesPerSecond); }
+void Device::setSampleRate(double samplesPerSecond) {
+  noteSampleRate(samplesPerSecond, krtSetSampleRate(handle, samplesPerSecond));
+}
+
+// The library answers 0 for a rate it plays, 1 for one it clamps into its range (a non-finite
+// one it ignores), and an error for a handle that isn't open.
+void Device::noteSampleRate(double asked, int result) {
+  if (result == 0) {
+    rateClamped = false;
+  } else if (result == 1 && std::isfinite(asked)) {
+    rateClamped = true;
+    clampedRate = std::clamp(asked, 1.0, maxSampleRate);
+  }
+}
 void Device::setRFOutputState(bool enabled) { krtSetRFOutputState(handle, enabled ? 1 : 0); }
 void Device::setTimebase(int state) { krtSetTimebase(handle, state); }
 void Device::setTimebaseOffset(double ppm) { krtSetTimebaseOffset(handle, ppm); }

@@ -26,6 +26,11 @@ public:
   // corrections, while currentTune keeps the record as it was given.
   void retune(const TuneRecord& record);
   const TuneRecord& tune() const { return currentTune; }
+  // The rate of the last retune as the device plays it: a rate beyond its range is clamped
+  // there, and buffers are sized from what it plays, not from what was asked. A rate it took
+  // as asked is the record's, without the impairments' rate error.
+  double playedSampleRate() const { return rateClamped ? clampedRate : currentTune.sampleRate; }
+  static constexpr double maxSampleRate = 54e6;
 
   bool connectionFailed();
   void flushAndWait();
@@ -48,6 +53,10 @@ public:
 
 private:
   int handle = -1;
+  void noteSampleRate(double asked, int result);
+
   TuneRecord currentTune;
+  bool rateClamped = false;
+  double clampedRate = 0.0;
   ImpairmentStage* impairments = nullptr;
 };

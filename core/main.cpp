@@ -33,8 +33,11 @@ int main(int argc, char** argv) {
   int result = 0;
   {
     MainWindow window;
-    window.show();
-    result = app.exec();
+    // A remote client may close the instrument while the first device still opens.
+    if (!window.closeRequested()) {
+      window.show();
+      result = app.exec();
+    }
   }
   return result;
 }

@@ -6,6 +6,7 @@
 #include "core/impairment_widget.h"
 #include "core/status_bar.h"
 #include "persist/paths.h"
+#include "persist/settings_file.h"
 #include "shell/error_log.h"
 #include "shell/message_box.h"
 
@@ -20,7 +21,6 @@
 #include <QScrollArea>
 #include <QSettings>
 
-#include <chrono>
 #include <thread>
 
 namespace {
@@ -99,7 +99,7 @@ void MainWindow::connectFirstDevice() {
     showWarning(this, appTitle, "No Device Found.");
   } else if (serials.size() == 1) {
     connectDevice(serials.front());
-    if (!device.isOpen()) showWarning(this, appTitle, "Unable to open device.");
+    if (!device.isOpen() && !closeRequested_) showWarning(this, appTitle, "Unable to open device.");
   } else {
     showWarning(this, appTitle,
                 "More than one device found.\nUse the File->Connect menu to connect a device.");
@@ -108,11 +108,11 @@ void MainWindow::connectFirstDevice() {
 
 void MainWindow::connectDevice(QAction* a) {
   connectDevice(a->data().toInt());
-  if (!device.isOpen()) showWarning(this, appTitle, "Unable to open device.");
+  if (!device.isOpen() && !closeRequested_) showWarning(this, appTitle, "Unable to open device.");
 }
 
 void MainWindow::connectDevice(int serialNumber) {
-  if (device.isOpen()) return;
+  if (device.isOpen() || connecting || closeRequested_) return;
   QProgressDialog dialog(this);
   dialog.setWindowTitle("KRT40");
   dialog.setLabelText(QString(20, ' ') +
@@ -121,18 +121,24 @@ void MainWindow::connectDevice(int serialNumber) {
   dialog.show();
   dialog.setMinimum(0);
   dialog.setMaximum(0);  // a busy bar
+  connecting = true;
   openDevice(serialNumber);
+  connecting = false;
+  // A close asked for while the device opened (":SYST:CLOS" from a client) wins.
+  if (closeRequested_) {
+    device.close();
+    return;
+  }
   afterConnect();
 }
 
 // Opening takes seconds: it runs on a short thread while the window stays alive in a local
-// event loop. The thread ends the loop only once it runs, so an open that returns before exec
-// cannot leave the loop waiting.
+// event loop. The quit is posted to the loop, so an open that returns before exec still ends
+// it; a loop that the application's quit has ended already is simply joined.
 void MainWindow::openDevice(int serialNumber) {
   QEventLoop loop;
   std::thread opener([&] {
     device.open(serialNumber);
-    while (!loop.isRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(16));
     QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
   });
   loop.exec();
@@ -173,6 +179,7 @@ void MainWindow::deviceConnectionLost() {
 // ---- Window state -------------------------------------------------------------------------
 
 void MainWindow::saveWindowState() {
+  if (!settingsFileWritable(preferencesPath())) return;
   QSettings settings(preferencesPath(), QSettings::IniFormat);
   settings.setValue("MainWindow/State", saveState());
   settings.setValue("MainWindow/Geometry", geometry());
@@ -180,6 +187,7 @@ void MainWindow::saveWindowState() {
 }
 
 void MainWindow::restoreWindowState() {
+  if (!settingsFileReadable(preferencesPath())) return;
   QSettings settings(preferencesPath(), QSettings::IniFormat);
   const QVariant state = settings.value("MainWindow/State");
   if (state.isValid()) restoreState(state.toByteArray());
@@ -191,7 +199,9 @@ void MainWindow::restoreWindowState() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-  disconnectDevice();
+  closeRequested_ = true;
+  // During a connect the opening thread owns the device; the connect closes it when it ends.
+  if (!connecting) disconnectDevice();
   saveWindowState();
   QMainWindow::closeEvent(event);
 }

@@ -22,6 +22,8 @@ public:
   ~MainWindow() override;
 
   CentralWidget* centralPanel() const { return central; }
+  // A close was asked for, possibly before the window was first shown.
+  bool closeRequested() const { return closeRequested_; }
   StatusBar* statusBarWidget() const { return statusBar; }
   Device& session() { return device; }
 
@@ -83,4 +85,6 @@ private:
   StatusBar* statusBar = nullptr;
   QAction* deletePowerOnAction = nullptr;
   ErrorLog* errorLog = nullptr;
+  bool connecting = false;  // a device is being opened in a nested event loop
+  bool closeRequested_ = false;
 };

@@ -53,7 +53,7 @@ void StreamEngine::stopStreaming() {
 }
 
 int StreamEngine::chunkLength() const {
-  double chunk = device->tune().sampleRate / 60.0;
+  double chunk = device->playedSampleRate() / 60.0;
   if (!(chunk > 0.0)) return 0;
   return static_cast<int>(std::min(chunk, 2e9));
 }
@@ -85,7 +85,7 @@ void StreamEngine::submitWaveform(const Sample* samples, int64_t length, bool si
 }
 
 void StreamEngine::submitContinuous(const Sample* samples, int64_t length, int chunk) {
-  const int64_t readyThreshold = static_cast<int64_t>(device->tune().sampleRate / 10.0);
+  const int64_t readyThreshold = static_cast<int64_t>(device->playedSampleRate() / 10.0);
   int64_t submitted = 0;
   int64_t position = 0;
   if (length <= 0) {

@@ -79,8 +79,10 @@ void SimRecorder::append(std::shared_ptr<SampleBlock> block, int64_t offset, int
     stopLocked("the disk could not keep up");
     return;
   }
-  if (captures_.empty() || captures_.back().settings != current_)
+  if (captures_.empty() || captures_.back().settings != current_) {
+    if (metaFullLocked()) return;
     captures_.push_back({recorded_, current_});
+  }
   jobs_.push_back({std::move(block), offset, n});
   pendingBytes_ += bytes;
   recorded_ += n;
@@ -93,8 +95,14 @@ void SimRecorder::append(std::shared_ptr<SampleBlock> block, int64_t offset, int
 
 void SimRecorder::annotate(const char* label, int64_t dropped) {
   std::lock_guard<std::mutex> lock(mutex_);
-  if (!accepting_) return;
+  if (!accepting_ || metaFullLocked()) return;
   annotations_.push_back({recorded_, label, std::string(), dropped});
+}
+
+bool SimRecorder::metaFullLocked() {
+  if (captures_.size() + annotations_.size() < kMaxMetaEntries) return false;
+  stopLocked("too many capture segments and annotations");
+  return true;
 }
 
 void SimRecorder::requestMeta() {

@@ -29,6 +29,10 @@ namespace krtsim {
 class SimRecorder {
 public:
   static constexpr size_t kMaxPendingBytes = size_t(256) << 20;
+  // Capture segments and annotations kept at most: settings that change every few samples (a
+  // step sweep of 1 us dwells, with its underruns) would otherwise grow the meta without end.
+  // Past it recording stops for good, with a "recording stopped" annotation.
+  static constexpr size_t kMaxMetaEntries = 20000;
 
   SimRecorder(const std::string& prefix, int64_t maxSamples, bool backpressure);
   SimRecorder(const SimRecorder&) = delete;
@@ -74,6 +78,7 @@ private:
   void writerMain();
   bool writeAll(const char* data, size_t bytes);
   void stopLocked(const std::string& comment);  // mutex_ held
+  bool metaFullLocked();                        // mutex_ held; stops recording when full
   void failWriteLocked(int64_t written, int error);
   void writeMetaLocked(std::unique_lock<std::mutex>& lock);
 

@@ -2,6 +2,8 @@
 // Data directory and the paths of the files the application keeps there.
 #include "persist/paths.h"
 
+#include "persist/settings_file.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
@@ -26,11 +28,13 @@ QString preferencesPath() { return dataDirectory() + "Preferences.ini"; }
 QString quickPresetPath(int n) { return dataDirectory() + "Preset" + QString::number(n) + ".ini"; }
 
 QString defaultDataDirectory() {
+  if (!settingsFileReadable(preferencesPath())) return dataDirectory();
   QSettings settings(preferencesPath(), QSettings::IniFormat);
   return settings.value(defaultDirectoryKey, dataDirectory()).toString();
 }
 
 void setDefaultDataDirectory(const QString& path) {
+  if (!settingsFileWritable(preferencesPath())) return;
   QSettings settings(preferencesPath(), QSettings::IniFormat);
   settings.setValue(defaultDirectoryKey, path);
 }

@@ -4,12 +4,17 @@
 
 #include "krt/krt_api.h"
 #include "persist/paths.h"
+#include "persist/settings_file.h"
 
 #include <QSettings>
 
 Preferences preferences;
 
 void loadPreferences() {
+  if (!settingsFileReadable(preferencesPath())) {
+    krtEnablePowerSavingCpuMode(preferences.powerSavingCpuMode ? 1 : 0);
+    return;
+  }
   QSettings settings(preferencesPath(), QSettings::IniFormat);
   settings.beginGroup("Preferences");
   preferences.scpiEnabled = settings.value("SCPIEnabled", preferences.scpiEnabled).toBool();
@@ -21,6 +26,7 @@ void loadPreferences() {
 }
 
 void savePreferences() {
+  if (!settingsFileWritable(preferencesPath())) return;
   QSettings settings(preferencesPath(), QSettings::IniFormat);
   settings.beginGroup("Preferences");
   settings.setValue("SCPIEnabled", preferences.scpiEnabled);

@@ -4,6 +4,7 @@
 
 #include <QRegularExpression>
 
+#include <cmath>
 #include <exception>
 
 namespace {
@@ -164,25 +165,31 @@ void Scpi::compile(const ScpiCommandSpec* table, int count) {
 
 void Scpi::setHandler(Handler newHandler) { handler = std::move(newHandler); }
 
-void Scpi::setSocket(QIODevice* newSocket) { socket = newSocket; }
+void Scpi::setSocket(QIODevice* newSocket) {
+  if (newSocket == socket) return;
+  socket = newSocket;
+  ++socketGeneration;
+}
 
 void Scpi::feed(const QString& text) {
+  // The text came from the client of this moment; its replies go to it or nowhere.
+  const quint64 generation = socketGeneration;
   int start = 0;
   for (int i = 0; i < text.size(); ++i) {
     const QChar c = text.at(i);
     if (c != QLatin1Char('\n') && c != QLatin1Char('\r')) continue;
     lineBuffer.append(text.midRef(start, i - start));
     start = i + 1;
-    if (c == QLatin1Char('\n')) runBufferedLine();
+    if (c == QLatin1Char('\n')) runBufferedLine(generation);
   }
   lineBuffer.append(text.midRef(start));
 }
 
-void Scpi::runBufferedLine() {
+void Scpi::runBufferedLine(quint64 generation) {
   QString line;
   line.swap(lineBuffer);  // also gives back the memory of a long line
   try {
-    parseLine(line);
+    runLine(line, generation);
   } catch (const std::exception&) {
     // An empty handler throws. The rest of the line is lost, and nothing of it may leak
     // into the next one.
@@ -192,7 +199,9 @@ void Scpi::runBufferedLine() {
   }
 }
 
-void Scpi::parseLine(const QString& line) {
+void Scpi::parseLine(const QString& line) { runLine(line, socketGeneration); }
+
+void Scpi::runLine(const QString& line, quint64 generation) {
   QStringList path;
   for (const QString& segment : line.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
     runSegment(segment, path);
@@ -202,7 +211,7 @@ void Scpi::parseLine(const QString& line) {
     reply.clear();
   }
   if (output.isEmpty()) return;
-  if (socket) {
+  if (socket && generation == socketGeneration) {
     output.append('\n');
     socket->write(output);  // one write, never waited for; a failure is ignored
   }
@@ -284,6 +293,8 @@ bool Scpi::nextDouble(double& value) {
   if (parameters.isEmpty()) return false;
   bool ok = false;
   value = parameters.first().trimmed().toDouble(&ok);  // the C locale, whatever the system's
+  // "nan" and "inf" read as numbers, but no setting takes them.
+  ok = ok && std::isfinite(value);
   if (ok) consumeParameter();
   return ok;
 }

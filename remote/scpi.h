@@ -50,6 +50,8 @@ public:
 
   void setHandler(Handler newHandler);
   // Non-owning; null when no client is connected. An unfinished line is kept across a change.
+  // Replies of lines fed before a change go nowhere: a client that left while its command ran
+  // (in a nested event loop) leaves nothing for the next one.
   void setSocket(QIODevice* newSocket);
 
   // Appends text; runs every line completed by a line feed. Carriage returns are dropped.
@@ -72,12 +74,12 @@ public:
 
   // Readers of the first unconsumed parameter: false when none is left or it doesn't convert;
   // only a successful read consumes it.
-  bool nextBlock(QByteArray& block);             // "#", digit n, n count digits, then the bytes
-  bool nextBool(bool& value);                    // "on", "off", "1", "0"
-  bool nextDouble(double& value);                // plain number; writes the value even when failing
-  bool nextString(QString& value);               // in double quotes, not unescaped
-  bool nextFrequency(double& hertz);             // number with "hz", "k", "m" (mega) or "g" units
-  bool nextInt(int& value);                      // base 10; writes the value even when failing
+  bool nextBlock(QByteArray& block);  // "#", digit n, n count digits, then the bytes
+  bool nextBool(bool& value);         // "on", "off", "1", "0"
+  bool nextDouble(double& value);     // finite plain number; writes the value even when failing
+  bool nextString(QString& value);    // in double quotes, not unescaped
+  bool nextFrequency(double& hertz);  // number with "hz", "k", "m" (mega) or "g" units
+  bool nextInt(int& value);           // base 10; writes the value even when failing
   bool nextWord(QString& word, bool lowerCase);  // as it stands; fails only when none is left
   bool nextTime(double& seconds);  // number with "s", "ms", "us" units, microseconds bare
 
@@ -89,7 +91,8 @@ public:
 
 private:
   void compile(const ScpiCommandSpec* table, int count);
-  void runBufferedLine();
+  void runBufferedLine(quint64 generation);
+  void runLine(const QString& line, quint64 generation);
   void runSegment(const QString& segment, QStringList& path);
   const ScpiCommandEntry* findRow(const QStringList& path, const QString& header,
                                   QList<int>& suffixes) const;
@@ -102,6 +105,7 @@ private:
   QList<int> numericSuffixes;
   int matchedId = 0;  // the command number commandId() reports
   QIODevice* socket = nullptr;
+  quint64 socketGeneration = 0;  // counts the changes of socket
   QString lineBuffer;
   QByteArray reply;
   QByteArray output;

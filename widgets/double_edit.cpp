@@ -59,6 +59,8 @@ DoubleEdit::DoubleEdit(QWidget* parent) : QLineEdit(parent) {
 }
 
 void DoubleEdit::setValue(double newValue) {
+  // A NaN or an infinity from a preset file is no value: the one in force stays.
+  if (!std::isfinite(newValue)) return;
   value_.store(newValue, std::memory_order_relaxed);
   setText(QString::number(newValue));
 }

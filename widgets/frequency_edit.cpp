@@ -7,6 +7,8 @@
 #include <QFontMetrics>
 #include <QKeyEvent>
 
+#include <cmath>
+
 FrequencyEdit::FrequencyEdit(double value, QWidget* parent) : QLineEdit(parent) {
   setMinimumWidth(
       fontMetrics().horizontalAdvance(QStringLiteral("          999.999999 MHz          ")));
@@ -15,6 +17,8 @@ FrequencyEdit::FrequencyEdit(double value, QWidget* parent) : QLineEdit(parent) 
 }
 
 void FrequencyEdit::setValue(double newValue) {
+  // A NaN or an infinity from a preset file is no value: the one in force stays.
+  if (!std::isfinite(newValue)) return;
   value_.store(newValue, std::memory_order_relaxed);
   setText(formatFrequency(newValue));
 }

@@ -6,6 +6,8 @@
 
 #include <QtGlobal>
 
+#include <cmath>
+
 TimeEdit::TimeEdit(QWidget* parent) : QLineEdit(parent) {
   setText(formatTime(value()));
   connect(this, &QLineEdit::editingFinished, this, &TimeEdit::entryChanged);
@@ -17,6 +19,8 @@ double TimeEdit::limited(double seconds) const {
 }
 
 void TimeEdit::setValue(double newValue) {
+  // A NaN from a preset file is no value: the one in force stays. Infinities are limited.
+  if (std::isnan(newValue)) return;
   value_.store(limited(newValue), std::memory_order_relaxed);
   setText(formatTime(value()));
 }

@@ -5,10 +5,13 @@
 #include "modes/mode_widget.h"
 #include "panel_fixture.h"
 #include "persist/paths.h"
+#include "persist/preferences.h"
 #include "widgets/double_edit.h"
 
 #include <QCheckBox>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -18,6 +21,8 @@
 #include <algorithm>
 #include <array>
 #include <tuple>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -118,6 +123,14 @@ TEST_F(PresetTest, PartialAndGarbageFilesMeetTheClamps) {
        {30e6, 1e6, 0, 10, 0},
        {center}},
       {{{"ProbeA/Value", 50}}, {1e9, 1e6, -20, 10, 10}, {}},
+      // A NaN is no value: the control keeps its own. An infinity meets the clamp.
+      {{{"Frequency", "nan"},
+        {"FrequencyStep", "inf"},
+        {"PowerLevel", "nan"},
+        {"PowerLevelStep", "-inf"},
+        {"ProbeA/Value", "nan"}},
+       {1e9, 6e9, -20, 0, 1},
+       {"-1,Setting clamped;Step frequency clamped"}},
   };
   for (const Case& c : cases) {
     const int index = static_cast<int>(&c - cases.data());
@@ -176,6 +189,44 @@ TEST_F(PresetTest, PowerOnPresetIsCheckedForItsVersion) {
   EXPECT_EQ(recorder.warnings[0].text,
             "Power On preset was created with an older version of KRT40 software that is not "
             "compatible with the current version.");
+}
+
+// A FIFO would block a read or a write for ever and a file of a million keys would stall both:
+// presets and preferences are only opened when they are regular files of a sane size.
+TEST_F(PresetTest, OnlyRegularFilesOfASaneSizeAreOpened) {
+  const QString fifo = path("fifo.ini");
+  ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+  QByteArray junk = "[Junk]\n";
+  for (int i = 0; i < 500000; ++i) junk += "Key" + QByteArray::number(i) + "=1\n";
+  const auto writeFile = [](const QString& file, const QByteArray& text) {
+    QFile out(file);
+    return out.open(QIODevice::WriteOnly) && out.write(text) == text.size();
+  };
+  const QString huge = path("huge.ini");
+  ASSERT_TRUE(writeFile(huge, junk + "[General]\nFrequency=2e9\n"));
+  central.loadPreset(fifo);
+  central.loadPreset(huge);
+  ASSERT_EQ(recorder.warnings.size(), 2u);
+  EXPECT_EQ(recorder.warnings[1].text, "Unable to load preset.");
+  EXPECT_DOUBLE_EQ(central.frequency(), 1e9);
+  central.savePreset(fifo);  // left alone, without blocking
+  central.savePreset(huge);  // replaced by a file of its own size
+  EXPECT_LT(QFileInfo(huge).size(), 100000);
+  EXPECT_FALSE(QFileInfo(fifo).isFile());
+
+  // Preferences: a FIFO is passed over both ways; an oversized file is not read, then replaced.
+  ASSERT_TRUE(QDir().mkpath(QFileInfo(preferencesPath()).path()));
+  QFile::remove(preferencesPath());
+  ASSERT_EQ(mkfifo(QFile::encodeName(preferencesPath()).constData(), 0600), 0);
+  loadPreferences();
+  savePreferences();
+  QFile::remove(preferencesPath());
+  ASSERT_TRUE(writeFile(preferencesPath(), junk + "[Preferences]\nSCPIPort=1234\n"));
+  loadPreferences();
+  EXPECT_EQ(preferences.scpiPort, 0);
+  savePreferences();
+  EXPECT_LT(QFileInfo(preferencesPath()).size(), 100000);
+  QFile::remove(preferencesPath());
 }
 
 }  // namespace

@@ -62,6 +62,7 @@ TEST_F(ScpiHandlerTest, SourceRowsClampAndLogAsTheFrontPanel) {
       {":POW:STEP -5", 1.2345678e9, 6e9, -120, 0, ""},
       {":SOUR1:FREQ 2e9", 1.2345678e9, 6e9, -120, 0, ""},  // digits never match
       {":FREQ 1e10", 1.2345678e9, 6e9, -120, 0, ""},       // the exponent takes one digit
+      {":POW nan;:POW:STEP inf;:POW -inf", 1.2345678e9, 6e9, -120, 0, ""},  // no number
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.line.toStdString());

@@ -57,13 +57,14 @@ def closed_port_url():
 class App:
     """The application as a child process with a private HOME and simulated device."""
 
-    def __init__(self, path, workdir, record_max=RECORD_MAX):
+    def __init__(self, path, workdir, record_max=RECORD_MAX, env_overrides=None):
         self.port = free_port()
         self.record = os.path.join(workdir, "out")
         self.events = os.path.join(workdir, "events.jsonl")
         self.log_path = os.path.join(workdir, "app.log")
         home = os.path.join(workdir, "home")
         prefs_dir = os.path.join(home, "Documents", "Tarnwick", "krt40")
+        self.data_dir = prefs_dir
         os.makedirs(prefs_dir)
         with open(os.path.join(prefs_dir, "Preferences.ini"), "w") as f:
             f.write("[Preferences]\nSCPIEnabled=true\nSCPIPort=%d\n" % self.port)
@@ -80,6 +81,7 @@ class App:
             "KRT40_SIM_EVENTS": self.events,
             "KRT40_VERSION_URL": closed_port_url(),
         })
+        env.update(env_overrides or {})
         self.log = open(self.log_path, "wb")
         self.proc = subprocess.Popen([os.path.abspath(path)], env=env, stdout=self.log,
                                      stderr=subprocess.STDOUT, cwd=workdir)
@@ -95,6 +97,17 @@ class App:
             self.proc.kill()
             self.proc.wait()
         self.log.close()
+
+    def rss_mb(self):
+        """Resident size of the program in MB, None once it has ended."""
+        try:
+            with open("/proc/%d/status" % self.proc.pid) as f:
+                for line in f:
+                    if line.startswith("VmRSS:"):
+                        return int(line.split()[1]) / 1024.0
+        except OSError:
+            pass
+        return None
 
     def log_tail(self, lines=20):
         with open(self.log_path, "rb") as f:

@@ -43,7 +43,7 @@ TEST_F(AmFmUnitTest, FormsAndRemoteRows) {
       {":AM:FREQ;:AM:FREQ?", "3051.7578125", false},  // no parameter: nothing
       {":AM:DEPT:LIN 150;:AM:DEPTH:LINEAR?", "100", true},
       {":AM:DEPT -3;:AM:DEPT?", "0", true},
-      {":AM:DEPT nan;:AM:DEPT?", "0", true},  // a NaN keeps the depth
+      {":AM:DEPT nan;:AM:DEPT?", "0", false},  // a NaN is no number: nothing happens
       {":AM:SHAP squ;:AM:SHAP?;:AM:SHAPE TRI;:AM:SHAP?", "square;;triangle", true},
       {":AM:SHAP saw;:SYST:ERR?;:AM:SHAP?",
        "-2,Invalid parameter;Expected modulation shape;triangle", false},
