@@ -23,6 +23,15 @@ from krt40_e2e import SERIAL, App, Results
 
 IDENTITY = "Tarnwick,KRT40A,%s,3" % SERIAL
 OPEN_SECONDS = {"KRT40_SIM_OPEN_MS": "1500"}
+# A sanitized build keeps freed memory in quarantine: its resident size says nothing of ours.
+SANITIZED = "ASAN_OPTIONS" in os.environ
+
+
+def check_growth(r, name, growth, bound):
+    if SANITIZED:
+        print("info: %s: grew %.0f MB (not checked in a sanitized build)" % (name, growth))
+        return
+    r.check(name, growth < bound, "grew %.0f MB" % growth)
 
 
 class Client:
@@ -124,7 +133,7 @@ def connect_scenarios(r, app):
         dropped = True
     growth = app.rss_mb() - before
     r.check("a client that never reads is dropped", dropped)
-    r.check("owed replies stay bounded", growth < 100, "grew %.0f MB" % growth)
+    check_growth(r, "owed replies stay bounded", growth, 100)
     c.close()
     c = Client(app)
     r.equal("a new client is served", c.query("*IDN?"), IDENTITY)
@@ -150,7 +159,7 @@ def memory_scenarios(r, app):
     c.send(":STEP:DWEL 1us;:STEP ON;:OUTP ON;:OUTP:MOD ON")
     r.equal("step sweep selected", c.query(":STEP?;:STEP:DWEL?", 10), "1;1e-06")
     growth = peak_growth_mb(app, 3)
-    r.check("the 1 us step sweep keeps memory flat", growth < 50, "grew %.0f MB" % growth)
+    check_growth(r, "the 1 us step sweep keeps memory flat", growth, 50)
 
     # Presets are not clamped: 4001 tones 25 MHz apart ask for 1e11 samples a second.
     with open(os.path.join(app.data_dir, "Preset1.ini"), "w") as f:
@@ -159,7 +168,7 @@ def memory_scenarios(r, app):
     c.send("*RCL 1")
     r.equal("multitone recalled", c.query(":MTON?;:MTON:NTON?", 10), "1;4001")
     growth = peak_growth_mb(app, 3)
-    r.check("the comb asked of 1e11/s keeps memory flat", growth < 100, "grew %.0f MB" % growth)
+    check_growth(r, "the comb asked of 1e11/s keeps memory flat", growth, 100)
     c.send(":SYST:CLOS")
     r.equal("closed", app.wait_exit(15), 0)
 
