@@ -29,6 +29,17 @@ public:
   // Rows `firstRow` to `lastRow` of the command table go to `handler`.
   void addRows(int firstRow, int lastRow, RowHandler handler);
 
+  // The usual unit: a view, the generator that reads it and the rows it answers.
+  template <class View>
+  void addMode(View* view, void (*generate)(const View&, ModeHost&), int firstRow, int lastRow,
+               void (*handleRow)(View&, ModeHost&, Scpi&, int)) {
+    addView(view);
+    setGenerator(view->modeIndex(), [view, generate](ModeHost& host) { generate(*view, host); });
+    addRows(firstRow, lastRow, [view, handleRow](ModeHost& host, Scpi& command, int row) {
+      handleRow(*view, host, command, row);
+    });
+  }
+
   const std::vector<ModeWidget*>& views() const { return views_; }
   // Null when the index runs nothing.
   const Generator* generator(int modeIndex) const;

@@ -76,17 +76,6 @@ void handleFmRow(ModeViewFM& view, ModeHost& host, Scpi& command, int row) {
 }  // namespace
 
 void registerAmFmModes(ModeRegistry& registry) {
-  auto* am = new ModeViewAM;
-  registry.addView(am);
-  registry.setGenerator(am->modeIndex(), [am](ModeHost& host) { generateAM(*am, host); });
-  registry.addRows(56, 63, [am](ModeHost& host, Scpi& command, int row) {
-    handleAmRow(*am, host, command, row);
-  });
-
-  auto* fm = new ModeViewFM;
-  registry.addView(fm);
-  registry.setGenerator(fm->modeIndex(), [fm](ModeHost& host) { generateFM(*fm, host); });
-  registry.addRows(64, 71, [fm](ModeHost& host, Scpi& command, int row) {
-    handleFmRow(*fm, host, command, row);
-  });
+  registry.addMode(new ModeViewAM, generateAM, 56, 63, handleAmRow);
+  registry.addMode(new ModeViewFM, generateFM, 64, 71, handleFmRow);
 }

@@ -64,11 +64,5 @@ void handleMultitoneRow(ModeViewMultitone& view, ModeHost& host, Scpi& command, 
 }  // namespace
 
 void registerMultitoneMode(ModeRegistry& registry) {
-  auto* view = new ModeViewMultitone;
-  registry.addView(view);
-  registry.setGenerator(view->modeIndex(),
-                        [view](ModeHost& host) { generateMultitone(*view, host); });
-  registry.addRows(80, 91, [view](ModeHost& host, Scpi& command, int row) {
-    handleMultitoneRow(*view, host, command, row);
-  });
+  registry.addMode(new ModeViewMultitone, generateMultitone, 80, 91, handleMultitoneRow);
 }

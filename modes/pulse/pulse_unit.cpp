@@ -46,10 +46,5 @@ void handlePulseRow(ModeViewPulse& view, ModeHost& host, Scpi& command, int row)
 }  // namespace
 
 void registerPulseMode(ModeRegistry& registry) {
-  auto* view = new ModeViewPulse;
-  registry.addView(view);
-  registry.setGenerator(view->modeIndex(), [view](ModeHost& host) { generatePulse(*view, host); });
-  registry.addRows(72, 79, [view](ModeHost& host, Scpi& command, int row) {
-    handlePulseRow(*view, host, command, row);
-  });
+  registry.addMode(new ModeViewPulse, generatePulse, 72, 79, handlePulseRow);
 }

@@ -50,11 +50,5 @@ void handleRampSweepRow(ModeViewRampSweep& view, ModeHost& host, Scpi& command, 
 }  // namespace
 
 void registerRampSweepMode(ModeRegistry& registry) {
-  auto* view = new ModeViewRampSweep;
-  registry.addView(view);
-  registry.setGenerator(view->modeIndex(),
-                        [view](ModeHost& host) { generateRampSweep(*view, host); });
-  registry.addRows(110, 119, [view](ModeHost& host, Scpi& command, int row) {
-    handleRampSweepRow(*view, host, command, row);
-  });
+  registry.addMode(new ModeViewRampSweep, generateRampSweep, 110, 119, handleRampSweepRow);
 }

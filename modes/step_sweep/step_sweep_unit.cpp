@@ -114,11 +114,5 @@ void handleStepSweepRow(ModeViewStepSweep& view, ModeHost& host, Scpi& command, 
 }  // namespace
 
 void registerStepSweepMode(ModeRegistry& registry) {
-  auto* view = new ModeViewStepSweep;
-  registry.addView(view);
-  registry.setGenerator(view->modeIndex(),
-                        [view](ModeHost& host) { generateStepSweep(*view, host); });
-  registry.addRows(92, 109, [view](ModeHost& host, Scpi& command, int row) {
-    handleStepSweepRow(*view, host, command, row);
-  });
+  registry.addMode(new ModeViewStepSweep, generateStepSweep, 92, 109, handleStepSweepRow);
 }
