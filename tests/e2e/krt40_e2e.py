@@ -170,12 +170,6 @@ def read_recording(app):
     return meta, captures, samples
 
 
-def events(app):
-    """Every line of the events log, parsed."""
-    with open(app.events) as f:
-        return [json.loads(line) for line in f if line.strip()]
-
-
 def run_e2e(session, recording, name, record_max=RECORD_MAX):
     """Runs one end-to-end test and returns its exit code: starts the program in a temporary
     folder, lets `session(r, rm, app)` talk to it over pyvisa, stops it, then lets
