@@ -81,6 +81,7 @@ void Device::noteSampleRate(double asked, int result) {
     clampedRate = std::clamp(asked, 1.0, maxSampleRate);
   }
 }
+
 void Device::setRFOutputState(bool enabled) { krtSetRFOutputState(handle, enabled ? 1 : 0); }
 void Device::setTimebase(int state) { krtSetTimebase(handle, state); }
 void Device::setTimebaseOffset(double ppm) { krtSetTimebaseOffset(handle, ppm); }

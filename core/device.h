@@ -52,9 +52,9 @@ public:
   std::string temperatureText();
 
 private:
-  int handle = -1;
   void noteSampleRate(double asked, int result);
 
+  int handle = -1;
   TuneRecord currentTune;
   bool rateClamped = false;
   double clampedRate = 0.0;
