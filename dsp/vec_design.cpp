@@ -5,6 +5,7 @@
 #include "dsp/vec_status.h"
 
 #include <cmath>
+#include <vector>
 
 namespace {
 
@@ -68,4 +69,12 @@ int vecConvolve64f(const double* a, int lengthA, const double* b, int lengthB, d
   for (int i = 0; i < lengthA; ++i)
     for (int j = 0; j < lengthB; ++j) dst[i + j] += a[i] * b[j];
   return VecOk;
+}
+
+void designLowpass(float* h, int n, double cutoff, int window, bool normalize) {
+  if (n < 1 || !h) return;
+  if (cutoff >= 0.5) cutoff = 0.49f;
+  std::vector<double> taps(static_cast<size_t>(n));
+  const bool designed = vecDesignLowpass(cutoff, taps.data(), n, window, normalize) == VecOk;
+  for (int k = 0; k < n; ++k) h[k] = designed ? static_cast<float>(taps[k]) : 0.0f;
 }

@@ -20,3 +20,9 @@ int vecDesignLowpass(double relCutoff, double* taps, int length, int window, boo
 
 // dst(k) = sum of a(i) b(k - i): lengthA + lengthB - 1 values; dst must not overlap a or b.
 int vecConvolve64f(const double* a, int lengthA, const double* b, int lengthB, double* dst);
+
+// The low-pass taps that the noise filters and the pulse-shaping designs store: the window
+// design above (window 1 Blackman, 2 Hamming) computed in double and rounded to float on the
+// store. A cutoff of 0.5 or above is taken as the float 0.49. A cutoff the design refuses
+// (0 or below, NaN) or a window outside the list leaves zeros.
+void designLowpass(float* h, int n, double cutoff, int window, bool normalize);
