@@ -78,6 +78,9 @@ public:
   bool takeTriggerRequest() override;
   void retune(double sampleRateHz, double levelOffsetDb = 0.0) override;
   void submitWaveform(const Sample* samples, int64_t length, bool singleShot) override;
+  void applyChannelFilter(Sample* samples, int length) override;
+  void prepareNoise(double signalPowerDb, double sampleRateHz) override;
+  void processImpairments(const Sample* in, Sample* out, int count) override;
   void setDeviceSampleRate(double sampleRateHz) override;
   void setDeviceFrequency(double frequencyHz) override;
   void setDeviceLevel(double levelDbm) override;

@@ -4,6 +4,7 @@
 #include "core/central_widget.h"
 
 #include "core/device.h"
+#include "core/impairment_rows.h"
 #include "persist/preferences.h"
 #include "remote/scpi_remote_dialog.h"
 #include "remote/scpi_words.h"
@@ -245,6 +246,6 @@ void CentralWidget::handleSourceCommand(Scpi& command, int id) {
     case 55:
       addDoubleResponse(command, command.isMin() ? 0.0 : command.isMax() ? 100.0 : levelStep());
       break;
-    default: break;  // impairment rows act once the impairment panel has its controls
+    default: handleImpairmentRow(*impairments, command, id); break;
   }
 }

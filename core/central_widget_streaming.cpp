@@ -3,6 +3,7 @@
 #include "core/central_widget.h"
 
 #include "core/device.h"
+#include "core/impairment_widget.h"
 #include "modes/mode_widget.h"
 
 #include <QButtonGroup>
@@ -19,6 +20,18 @@ void CentralWidget::stopStreaming() { engine.stopStreaming(); }
 
 void CentralWidget::submitWaveform(const Sample* samples, int64_t length, bool singleShot) {
   engine.submitWaveform(samples, length, singleShot);
+}
+
+void CentralWidget::applyChannelFilter(Sample* samples, int length) {
+  impairments->applyChannelFilter(samples, length);
+}
+
+void CentralWidget::prepareNoise(double signalPowerDb, double sampleRateHz) {
+  impairments->prepareNoise(signalPowerDb, sampleRateHz);
+}
+
+void CentralWidget::processImpairments(const Sample* in, Sample* out, int count) {
+  impairments->process(in, out, count);
 }
 
 void CentralWidget::streamingThreadMain() {

@@ -31,6 +31,14 @@ public:
   // single shot: one pass per trigger.
   virtual void submitWaveform(const Sample* samples, int64_t length, bool singleShot) = 0;
 
+  // The impairment chain, for the generators that honour it, once a build and in this order:
+  // the channel filter over the whole waveform (when enabled), then the noise record built
+  // against the waveform's mean power in dB (when AWGN is on). Loops of their own pass each
+  // chunk through processImpairments, as submitWaveform does.
+  virtual void applyChannelFilter(Sample* samples, int length) = 0;
+  virtual void prepareNoise(double signalPowerDb, double sampleRateHz) = 0;
+  virtual void processImpairments(const Sample* in, Sample* out, int count) = 0;
+
   // Plain device calls for generators that run loops of their own: no corrections.
   virtual void setDeviceSampleRate(double sampleRateHz) = 0;
   virtual void setDeviceFrequency(double frequencyHz) = 0;
