@@ -3,6 +3,7 @@
 #include "modes/mode_list.h"
 
 #include "modes/am_fm/am_fm_unit.h"
+#include "modes/awgn/awgn_unit.h"
 #include "modes/multitone/multitone_unit.h"
 #include "modes/pulse/pulse_unit.h"
 #include "modes/ramp_sweep/ramp_sweep_unit.h"
@@ -14,4 +15,5 @@ void registerModeUnits(ModeRegistry& registry) {
   registerMultitoneMode(registry);
   registerStepSweepMode(registry);
   registerRampSweepMode(registry);
+  registerAwgnMode(registry);
 }
