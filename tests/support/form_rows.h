@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A mode view's form as text, for one comparison with the labels, fields and items it must show.
+// A view's form as text, for one comparison with the labels, fields and items it must show.
 #pragma once
 
 #include "modes/mode_widget.h"
@@ -10,11 +10,12 @@
 #include <QStringList>
 
 // "label=field class" of each form row, then "text=data" of each combo box item.
-inline QStringList formRows(ModeWidget& view) {
+inline QStringList formRows(QWidget& view) {
   QStringList out;
   auto* form = view.findChild<QFormLayout*>();
   for (int r = 0; form && r < form->rowCount(); ++r) {
-    auto* label = qobject_cast<QLabel*>(form->itemAt(r, QFormLayout::LabelRole)->widget());
+    QLayoutItem* labelItem = form->itemAt(r, QFormLayout::LabelRole);
+    auto* label = labelItem ? qobject_cast<QLabel*>(labelItem->widget()) : nullptr;
     QWidget* field = form->itemAt(r, QFormLayout::FieldRole)->widget();
     out << (label ? label->text() : QString()) + "=" + field->metaObject()->className();
   }
