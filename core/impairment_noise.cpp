@@ -3,29 +3,16 @@
 #include "core/impairment_noise.h"
 
 #include "dsp/filter_circular.h"
+#include "dsp/noise_record.h"
 #include "dsp/vec_arith.h"
 #include "dsp/vec_design.h"
-#include "dsp/vec_fill.h"
 #include "dsp/vec_fir.h"
-#include "dsp/vec_random.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace {
-
-double meanPowerDb(const std::vector<Sample>& samples) {
-  double sum = 0.0;
-  for (const Sample& s : samples)
-    sum += static_cast<double>(s.real()) * s.real() + static_cast<double>(s.imag()) * s.imag();
-  return 10.0 * std::log10(sum / static_cast<double>(samples.size()));
-}
-
-}  // namespace
-
 double ImpairmentNoise::prepare(double signalPowerDb, double sampleRateHz, double snrDb,
                                 double bandwidthHz) {
-  vecRandGauss32f(reinterpret_cast<float*>(noise.data()), 2 * noiseLength, 0.0f, 1.0f, 0);
   double cutoff = bandwidthHz / sampleRateHz * 0.5;
   // A NaN (no rate) takes the narrowest band, as a bandwidth of 0 does.
   cutoff = std::isnan(cutoff) ? minCutoff : std::clamp(cutoff, minCutoff, maxCutoff);
@@ -33,15 +20,15 @@ double ImpairmentNoise::prepare(double signalPowerDb, double sampleRateHz, doubl
 
   float real[filterTaps];
   designLowpass(real, filterTaps, cutoff, 1, true);
-  std::vector<Sample> taps(real, real + filterTaps);
-  applyCircularFir(taps, noise.data(), noiseLength);
-
   const double target = signalPowerDb - snrDb;
-  const double scale = std::sqrt(std::pow(10.0, (target - meanPowerDb(noise)) / 10.0));
-  if (std::isfinite(scale))
-    vecMulC32fcInPlace(static_cast<float>(scale), 0.0f, noise.data(), noiseLength);
-  else
-    vecZero32fc(noise.data(), noiseLength);
+  // Seed 0: every build starts from the same noise. A scale that can't be a number leaves
+  // zeros (a division by infinity).
+  makeFilteredNoise(noise.data(), noiseLength, std::vector<Sample>(real, real + filterTaps), 1.0f,
+                    0, [&](float, double sumOfSquares) {
+                      const double measured = 10.0 * std::log10(sumOfSquares / noiseLength);
+                      const double scale = std::sqrt(std::pow(10.0, (target - measured) / 10.0));
+                      return std::isfinite(scale) && scale > 0.0 ? 1.0 / scale : INFINITY;
+                    });
   noiseValid = true;
   return actualBandwidth;
 }

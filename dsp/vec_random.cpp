@@ -109,11 +109,17 @@ public:
     return table;
   }
 
-  // One value from the 32-bit draw hz; the rare rejections draw more from rng.
+  // One value from the 32-bit draw hz; the rare rejections draw more from rng. The common
+  // case is inlined into the fill loop, the rest is kept out of it.
   float sample(uint32_t draw, Xoshiro256& rng) const {
-    int32_t hz = static_cast<int32_t>(draw);
-    int layer = hz & (kLayers - 1);
-    if (magnitude(hz) < kn[layer]) return static_cast<float>(hz) * wn[layer];
+    const int32_t hz = static_cast<int32_t>(draw);
+    const int layer = hz & (kLayers - 1);
+    if (__builtin_expect(magnitude(hz) < kn[layer], 1)) return static_cast<float>(hz) * wn[layer];
+    return rejected(hz, layer, rng);
+  }
+
+private:
+  __attribute__((noinline)) float rejected(int32_t hz, int layer, Xoshiro256& rng) const {
     for (;;) {
       const float x = static_cast<float>(hz) * wn[layer];
       if (layer == 0) return tail(rng, hz > 0);
@@ -125,7 +131,6 @@ public:
     }
   }
 
-private:
   static constexpr int kLayers = 128;
   static constexpr double kR = 3.442619855899;       // start of the tail
   static constexpr double kV = 9.91256303526217e-3;  // area of each layer
@@ -185,19 +190,52 @@ int vecRandUniform32f(float* dst, int n, float low, float high, unsigned int see
   return VecOk;
 }
 
-int vecRandGauss32f(float* dst, int n, float mean, float stdDev, unsigned int seed) {
-  if (int status = check(dst, n)) return status;
-  Xoshiro256 rng(seed);
-  const Ziggurat& zig = Ziggurat::instance();
-  // Draws come in batches, so that the generator's state stays in registers while it fills
-  // them; the rejections take further draws from the generator, after the batch.
-  uint64_t batch[kBatch];
-  for (int i = 0; i < n;) {
-    for (uint64_t& word : batch) word = rng.next();
-    for (int w = 0; w < kBatch && i < n; ++w) {
-      dst[i++] = mean + stdDev * zig.sample(static_cast<uint32_t>(batch[w]), rng);
-      if (i < n) dst[i++] = mean + stdDev * zig.sample(static_cast<uint32_t>(batch[w] >> 32), rng);
+namespace {
+
+// The stream keeps the batch it is in, so that a fill may end inside it and the next one
+// continues there: any split of a fill gives the values of one call.
+struct GaussStream : VecRandGauss {
+  GaussStream(float mean, float stdDev, unsigned int seed)
+      : mean(mean), stdDev(stdDev), rng(seed) {}
+
+  void fill(float* dst, int n) {
+    const Ziggurat& zig = Ziggurat::instance();
+    for (int i = 0; i < n;) {
+      // Draws come in batches, so that the generator's state stays in registers while it fills
+      // them; the rejections take further draws from the generator, after the batch.
+      if (half == 2 * kBatch) {
+        for (uint64_t& word : batch) word = rng.next();
+        half = 0;
+      }
+      for (; half < 2 * kBatch && i < n; ++half) {
+        const uint64_t word = batch[half >> 1];
+        const uint32_t draw = static_cast<uint32_t>((half & 1) ? word >> 32 : word);
+        dst[i++] = mean + stdDev * zig.sample(draw, rng);
+      }
     }
   }
+
+  float mean, stdDev;
+  Xoshiro256 rng;
+  uint64_t batch[kBatch];
+  int half = 2 * kBatch;  // 32-bit halves of the batch used
+};
+
+}  // namespace
+
+VecStatePtr<VecRandGauss> vecRandGaussCreate(float mean, float stdDev, unsigned int seed) {
+  return VecStatePtr<VecRandGauss>(new GaussStream(mean, stdDev, seed));
+}
+
+int vecRandGaussFill32f(VecRandGauss* stream, float* dst, int n) {
+  if (int status = check(dst, n)) return status;
+  if (!stream) return VecErrNull;
+  static_cast<GaussStream*>(stream)->fill(dst, n);
+  return VecOk;
+}
+
+int vecRandGauss32f(float* dst, int n, float mean, float stdDev, unsigned int seed) {
+  if (int status = check(dst, n)) return status;
+  GaussStream(mean, stdDev, seed).fill(dst, n);
   return VecOk;
 }

@@ -2,6 +2,7 @@
 // The steady submit loop at 50e6 samples a second against the unpaced simulated device,
 // beside a plain memcpy of the same bytes, and the allocations it makes per chunk.
 #include "core/device.h"
+#include "core/impairment_noise.h"
 #include "core/impairment_stage.h"
 #include "core/opc_gate.h"
 #include "core/stream_engine.h"
@@ -21,11 +22,13 @@ std::atomic<long> allocations{0};
 constexpr int chunk = 833333;     // 1/60 s at 50e6
 constexpr int chunksPerRun = 60;  // one second of output per iteration
 
-// Pass-through like the impairment panel with nothing enabled; ends the run after a second
-// of output, so that each iteration times exactly 50e6 samples.
+// Pass-through like the impairment panel with nothing enabled, or adding the noise record as it
+// does with AWGN on; ends the run after a second of output, so that each iteration times
+// exactly 50e6 samples.
 class CountingStage : public ImpairmentStage {
 public:
   StreamEngine* engine = nullptr;
+  ImpairmentNoise* noise = nullptr;
   int chunks = 0;
   long allocationsAtSecondChunk = 0;
 
@@ -33,7 +36,10 @@ public:
   double sampleRateFactor() const override { return 1; }
   bool lowSpurMode() const override { return true; }
   void process(const Sample* in, Sample* out, int count) override {
-    std::memcpy(out, in, sizeof(Sample) * static_cast<size_t>(count));
+    if (noise)
+      noise->add(in, out, count);
+    else
+      std::memcpy(out, in, sizeof(Sample) * static_cast<size_t>(count));
     if (++chunks == 2) allocationsAtSecondChunk = allocations.load();
     if (chunks == chunksPerRun) engine->streaming = false;
   }
@@ -53,12 +59,16 @@ void BM_MemcpyChunk(benchmark::State& state) {
 }
 BENCHMARK(BM_MemcpyChunk)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// Argument 1: AWGN on and the waveform through a 65-tap channel filter at build, as a mode
+// that honours the impairments plays it.
 void BM_SubmitWaveformSteady(benchmark::State& state) {
   Device device;
   OpcGate gate;
   StreamEngine engine(&device, &gate);
   CountingStage stage;
   stage.engine = &engine;
+  ImpairmentNoise noise;
+  if (state.range(0)) stage.noise = &noise;
   engine.setImpairments(&stage);
   device.setImpairments(&stage);
   if (!device.open(21000001)) {
@@ -67,6 +77,10 @@ void BM_SubmitWaveformSteady(benchmark::State& state) {
   }
   device.retune(TuneRecord{1e9, -20, 50e6, 0, 0});
   std::vector<Sample> carrier(1000000, Sample(1, 0));
+  if (state.range(0)) {
+    applyCircularFir(std::vector<Sample>(65, Sample(1.0f / 65, 0)), carrier.data(), 1000000);
+    noise.prepare(0.0, 50e6, 20.0, 1e7);
+  }
   long steadyAllocations = 0;
   for (auto _ : state) {
     stage.chunks = 0;
@@ -82,7 +96,7 @@ void BM_SubmitWaveformSteady(benchmark::State& state) {
   state.counters["allocs_per_chunk"] =
       double(steadyAllocations) / double(state.iterations() * (chunksPerRun - 2));
 }
-BENCHMARK(BM_SubmitWaveformSteady)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_SubmitWaveformSteady)->ArgName("awgn")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 

@@ -109,6 +109,17 @@ TEST(VecRandGauss, DeterministicBySeedAndPinned) {
     digest = (digest ^ bits) * 1099511628211ull;
   }
   EXPECT_EQ(digest, 489693392434716691ull);
+
+  // As a stream, in pieces that end inside a batch, on its edge and across several.
+  auto stream = vecRandGaussCreate(0.0f, 1.0f, 0);
+  std::vector<float> pieces(v.size());
+  size_t at = 0;
+  for (int n : {1, 510, 1, 513, 2048, 7, 96920}) {
+    ASSERT_EQ(vecRandGaussFill32f(stream.get(), pieces.data() + at, n), VecOk);
+    at += static_cast<size_t>(n);
+  }
+  ASSERT_EQ(at, v.size());
+  EXPECT_EQ(pieces, v);
 }
 
 TEST(VecRandUniform, RangeMeanAndDeterminism) {
