@@ -2,5 +2,11 @@
 // The impairment panel's channel filter editor.
 #include "core/impairment_widget.h"
 
-// Replaced by the "Custom Filter" dialog once it joins the build.
-bool runChannelFilterEditor(QWidget*, std::vector<Sample>&) { return false; }
+#include "digital/channel_filter_editor_dialog.h"
+
+bool runChannelFilterEditor(QWidget* parent, std::vector<Sample>& taps) {
+  ChannelFilterEditorDialog dialog(taps, parent);
+  if (dialog.exec() != QDialog::Accepted) return false;
+  taps = dialog.taps();
+  return true;
+}
