@@ -8,11 +8,8 @@
 #include "support/form_rows.h"
 #include "widgets/frequency_edit.h"
 
-#include <QFile>
 #include <QPushButton>
-#include <QSettings>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -25,33 +22,16 @@ protected:
     const auto calls = log.calls(fn);
     return calls.empty() ? NAN : calls.back()["args"][arg].get<double>();
   }
-  QString savedGroup(const QString& name) {
-    const QString path = dir.filePath(name);
-    central.savePreset(path);
-    QSettings s(path, QSettings::IniFormat);
-    s.beginGroup("Impairments");
-    QStringList pairs;
-    for (const QString& key : s.allKeys()) pairs << key + "=" + s.value(key).toString();
-    return pairs.join('|');
-  }
-  void loadText(const QByteArray& text) {
-    QFile file(dir.filePath("hand-made.ini"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
-    file.close();
-    central.loadPreset(file.fileName());
-  }
-
   ScpiClient client{central.scpiServerPort()};
-  QTemporaryDir dir;
 };
 
 TEST_F(ImpairmentPanelTest, FormRemoteRowsAndTheirClamps) {
-  EXPECT_EQ(formRows(impairments), QStringList({"Timebase Offset (ppm)=DoubleEdit", "Frequency Offset=FrequencyEdit",
-                               "Low Spur Mode=QCheckBox", "I Offset=IntLineEdit",
-                               "Q Offset=IntLineEdit", "Sample Rate Error (ppm)=DoubleEdit",
-                               "AWGN Enabled=QCheckBox", "AWGN SNR (dB)=DoubleEdit",
-                               "AWGN Bandwidth=FrequencyEdit", "Channel Filter Enabled=QCheckBox",
-                               "=QPushButton"}));
+  EXPECT_EQ(formRows(impairments),
+            QStringList({"Timebase Offset (ppm)=DoubleEdit", "Frequency Offset=FrequencyEdit",
+                         "Low Spur Mode=QCheckBox", "I Offset=IntLineEdit", "Q Offset=IntLineEdit",
+                         "Sample Rate Error (ppm)=DoubleEdit", "AWGN Enabled=QCheckBox",
+                         "AWGN SNR (dB)=DoubleEdit", "AWGN Bandwidth=FrequencyEdit",
+                         "Channel Filter Enabled=QCheckBox", "=QPushButton"}));
   const std::vector<std::pair<QString, QString>> table = {
       {":ROSC:MULT?;:OUTP:IMP:FREQ:OFFS?;:OUTP:IMP:LSP?;:OUTP:IMP:IOFF?;:OUTP:IMP:QOFF?",
        "0;0;1;0;0"},
@@ -167,22 +147,25 @@ TEST_F(ImpairmentPanelTest, FilterEditorRestartsWhetherAcceptedOrNot) {
 TEST_F(ImpairmentPanelTest, PresetGroup) {
   client.command(":OUTP:IMP:IOFF 12;:ROSC:MULT 0.5;:OUTP:IMP:AWGN ON;:OUTP:IMP:AWGN:SNR 30");
   impairments.setChannelFilterEnabled(true);
-  const QString saved = savedGroup("saved.ini");
-  EXPECT_TRUE(saved.startsWith("AWGNBW=1e+07|AWGNEnabled=true|AWGNSNR=30|ChannelFilter/1/Imag=0|"
-                               "ChannelFilter/1/Real=0|"))
+  const QString saved = savedGroup("Impairments");
+  EXPECT_TRUE(
+      saved.startsWith("AWGNBW=1e+07|AWGNEnabled=true|AWGNSNR=30|ChannelFilter/1/Imag=0|"
+                       "ChannelFilter/1/Real=0|"))
       << saved;
   EXPECT_TRUE(saved.contains("|ChannelFilter/8/Real=1|")) << "the centre tap, 1-based";
-  EXPECT_TRUE(saved.endsWith("ChannelFilter/size=15|ChannelFilterEnabled=true|FreqOffset=0|"
-                             "IOffset=12|LowSpurMode=true|QOffset=0|SampleRateError=0|"
-                             "TimebaseAdjust=0.5"))
+  EXPECT_TRUE(
+      saved.endsWith("ChannelFilter/size=15|ChannelFilterEnabled=true|FreqOffset=0|"
+                     "IOffset=12|LowSpurMode=true|QOffset=0|SampleRateError=0|"
+                     "TimebaseAdjust=0.5"))
       << saved;
   central.presetButtonPressed();
-  EXPECT_NE(savedGroup("defaults.ini"), saved);
+  EXPECT_NE(savedGroup("Impairments", "defaults.ini"), saved);
   central.loadPreset(dir.filePath("saved.ini"));
-  EXPECT_EQ(savedGroup("again.ini"), saved);
+  EXPECT_EQ(savedGroup("Impairments", "again.ini"), saved);
 
-  loadText("[Impairments]\nTimebaseAdjust=5\nIOffset=5000\nQOffset=-4000\nSampleRateError=1e5\n"
-           "AWGNSNR=-20\nAWGNBW=nan\nFreqOffset=abc\n");
+  loadText(
+      "[Impairments]\nTimebaseAdjust=5\nIOffset=5000\nQOffset=-4000\nSampleRateError=1e5\n"
+      "AWGNSNR=-20\nAWGNBW=nan\nFreqOffset=abc\n");
   EXPECT_EQ(client.query(":ROSC:MULT?;:OUTP:IMP:IOFF?;:OUTP:IMP:QOFF?;:OUTP:IMP:SRAT:MULT?;"
                          ":OUTP:IMP:AWGN:SNR?;:OUTP:IMP:AWGN:IBW?;:OUTP:IMP:FREQ:OFFS?"),
             "5;1024;-1024;100000;-20;1e+07;0");

@@ -9,6 +9,10 @@
 #include "shell/error_queue.h"
 #include "support/events_log.h"
 
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -33,10 +37,30 @@ protected:
     central.startStreamingQuiet();
   }
 
+  // The group as saved in a preset file `name`: "key=value" in key order, joined by '|'; the
+  // members of arrays too, as "array/1/key".
+  QString savedGroup(const QString& group, const QString& name = "saved.ini") {
+    central.savePreset(dir.filePath(name));
+    QSettings s(dir.filePath(name), QSettings::IniFormat);
+    s.beginGroup(group);
+    QStringList pairs;
+    for (const QString& key : s.allKeys()) pairs << key + "=" + s.value(key).toString();
+    return pairs.join('|');
+  }
+
+  // Loads a preset file of the given text.
+  void loadText(const QByteArray& text) {
+    QFile file(dir.filePath("hand-made.ini"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+    file.close();
+    central.loadPreset(file.fileName());
+  }
+
   Device device;
   ImpairmentWidget impairments;
   CentralWidget central{&device, &impairments, nullptr, Qt::WindowFlags(), Units};
   EventsLog log{eventsPath()};
+  QTemporaryDir dir;
 };
 
 using PanelFixture = PanelFixtureOf<>;

@@ -6,10 +6,7 @@
 #include "core/panel_fixture.h"
 #include "core/scpi_client.h"
 
-#include <QFile>
-#include <QSettings>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 #include <algorithm>
 #include <functional>
@@ -105,25 +102,6 @@ protected:
               (Calls{{"krtSubmitTrigger", 0}, {"krtSubmitIQ", pass}, {"krtFlushAndWait", 0}}));
   }
 
-  // The group as saved in a preset file `name`: "key=value" in key order, joined by '|'.
-  QString savedGroup(const QString& group, const QString& name = "saved.ini") {
-    central.savePreset(dir.filePath(name));
-    QSettings s(dir.filePath(name), QSettings::IniFormat);
-    s.beginGroup(group);
-    QStringList pairs;
-    for (const QString& key : s.childKeys()) pairs << key + "=" + s.value(key).toString();
-    return pairs.join('|');
-  }
-
-  // Loads a preset file of the given text.
-  void loadText(const QByteArray& text) {
-    QFile file(dir.filePath("hand-made.ini"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
-    file.close();
-    central.loadPreset(file.fileName());
-  }
-
   View* view = nullptr;
   ScpiClient client{central.scpiServerPort()};
-  QTemporaryDir dir;
 };
