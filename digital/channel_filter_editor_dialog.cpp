@@ -6,69 +6,26 @@
 #include "digital/filter_designs.h"
 #include "digital/filter_editor_support.h"
 #include "modes/csv_table.h"
-#include "shell/file_dialogs.h"
 #include "widgets/am_plot.h"
 
-#include <QGridLayout>
-#include <QHBoxLayout>
-#include <QHeaderView>
-#include <QPushButton>
 #include <QSignalBlocker>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 using namespace filter_editor;
 
 ChannelFilterEditorDialog::ChannelFilterEditorDialog(const std::vector<Sample>& taps,
                                                      QWidget* parent)
-    : QDialog(parent),
-      filterTaps(taps),
-      table(new BasicTableWidget(0, 2, this)),
-      impulsePlot(new AMPlot(this)),
-      spectrumPlot(new AMPlot(this)) {
-  setWindowTitle("Custom Filter");
-  table->setHorizontalHeaderLabels({"Real", "Imag"});
-  table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    : FilterEditorDialog({"Real", "Imag"}, parent), filterTaps(taps) {
   connect(table, &QTableWidget::itemChanged, this, &ChannelFilterEditorDialog::tableUpdated);
-
-  impulsePlot->setTitle("Impulse");
-  impulsePlot->setXLabel("Samples");
-  spectrumPlot->setTitle("Spectrum");
-  spectrumPlot->setXLabel("Freq");
-
-  using Slot = void (ChannelFilterEditorDialog::*)();
-  const std::pair<const char*, Slot> actions[] = {
-      {"Add Row", &ChannelFilterEditorDialog::addRow},
-      {"Remove Row", &ChannelFilterEditorDialog::removeRow},
-      {"Load Default", &ChannelFilterEditorDialog::loadDefault},
-      {"Normalize", &ChannelFilterEditorDialog::normalize},
-      {"Load Filter", &ChannelFilterEditorDialog::loadFilter},
-      {"Save Filter", &ChannelFilterEditorDialog::saveFilter},
-      {"Accept", &ChannelFilterEditorDialog::finalCheck}};
-  auto* buttons = new QGridLayout();
-  int index = 0;
-  for (const auto& [text, slot] : actions) {
-    auto* button = new QPushButton(text, this);
-    button->setAutoDefault(false);
-    connect(button, &QPushButton::clicked, this, slot);
-    buttons->addWidget(button, index / 2, index % 2);
-    ++index;
-  }
-
-  auto* left = new QVBoxLayout();
-  left->addWidget(table);
-  left->addLayout(buttons);
-  auto* right = new QVBoxLayout();
-  right->addWidget(impulsePlot);
-  right->addWidget(spectrumPlot);
-  auto* layout = new QHBoxLayout(this);
-  layout->addLayout(left, 1);
-  layout->addLayout(right, 2);
-  resize(900, 600);
-
+  layOut({{"Add Row", [this] { addRow(); }},
+          {"Remove Row", [this] { removeRow(); }},
+          {"Load Default", [this] { loadDefault(); }},
+          {"Normalize", [this] { normalize(); }},
+          {"Load Filter", [this] { loadFilter(); }},
+          {"Save Filter", [this] { saveFilter(); }},
+          {"Accept", [this] { finalCheck(); }}});
   refresh();
 }
 
@@ -135,20 +92,6 @@ bool ChannelFilterEditorDialog::saveFilterFile(const QString& path) const {
     csv.setCell(static_cast<int>(row), 1, fileTap(filterTaps[row].imag()));
   }
   return csv.save(path);
-}
-
-void ChannelFilterEditorDialog::loadFilter() {
-  const QString path = openFileName(loadCaption, fileFilter, this);
-  if (!path.isEmpty() && !loadFilterFile(path)) warnLoadFailed(this);
-}
-
-void ChannelFilterEditorDialog::saveFilter() {
-  const QString path = saveFileName(saveCaption, fileFilter, this);
-  if (!path.isEmpty() && !saveFilterFile(path)) warnSaveFailed(this);
-}
-
-void ChannelFilterEditorDialog::finalCheck() {
-  if (checkTapCount(this, static_cast<int>(filterTaps.size()))) accept();
 }
 
 void ChannelFilterEditorDialog::refresh() {

@@ -2,21 +2,19 @@
 // Editor of the complex taps of the impairments' channel filter.
 #pragma once
 
+#include "digital/filter_editor_dialog.h"
 #include "dsp/sample.h"
 
-#include <QDialog>
 #include <QString>
 
 #include <vector>
 
-class AMPlot;
-class BasicTableWidget;
 class QTableWidgetItem;
 
 // Window "Custom Filter": a table of "Real" and "Imag" columns, the impulse plot (real parts
 // red, imaginary parts green) and the centred spectrum. The taps reach the caller through
 // taps() after acceptance; accepting takes 4 to 256 taps.
-class ChannelFilterEditorDialog : public QDialog {
+class ChannelFilterEditorDialog : public FilterEditorDialog {
   Q_OBJECT
 
 public:
@@ -30,8 +28,8 @@ public:
   // words) or at the end. A field 1 that is missing or not a number reads 0. Values are limited
   // to -1024 .. 1024. Files above filter_editor::maxFileBytes, or
   // giving more than filter_editor::maxFileTaps taps, are refused.
-  bool loadFilterFile(const QString& path);
-  bool saveFilterFile(const QString& path) const;
+  bool loadFilterFile(const QString& path) override;
+  bool saveFilterFile(const QString& path) const override;
 
 public slots:
   // As in PulseShapingFilterEditorDialog, for each part of each tap.
@@ -42,16 +40,13 @@ public slots:
   void loadDefault();
   // Scales the taps to unit energy; taps of no energy stay as they are.
   void normalize();
-  void loadFilter();
-  void saveFilter();
-  void finalCheck();
+
+protected:
+  int tapCount() const override { return static_cast<int>(filterTaps.size()); }
 
 private:
   void refresh();
   void updatePlots();
 
   std::vector<Sample> filterTaps;
-  BasicTableWidget* table;
-  AMPlot* impulsePlot;
-  AMPlot* spectrumPlot;
 };

@@ -6,74 +6,29 @@
 #include "digital/filter_designs.h"
 #include "digital/filter_editor_support.h"
 #include "modes/csv_table.h"
-#include "shell/file_dialogs.h"
 #include "widgets/am_plot.h"
 
-#include <QGridLayout>
-#include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
-#include <QPushButton>
 #include <QSignalBlocker>
-#include <QVBoxLayout>
 
 #include <algorithm>
-#include <utility>
 
 using namespace filter_editor;
 
 PulseShapingFilterEditorDialog::PulseShapingFilterEditorDialog(const std::vector<float>& taps,
                                                                int os, QWidget* parent)
-    : QDialog(parent),
-      filterTaps(taps),
-      table(new BasicTableWidget(0, 1, this)),
-      impulsePlot(new AMPlot(this)),
-      spectrumPlot(new AMPlot(this)),
-      os(os),
-      designTaps(os * 8 + 1) {
-  setWindowTitle("Custom Filter");
-  table->setHorizontalHeaderLabels({"Filter Tap"});
-  table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    : FilterEditorDialog({"Filter Tap"}, parent), filterTaps(taps), os(os), designTaps(os * 8 + 1) {
   connect(table, &QTableWidget::itemChanged, this, &PulseShapingFilterEditorDialog::tableUpdated);
-
-  impulsePlot->setTitle("Impulse");
-  impulsePlot->setXLabel("Samples");
-  spectrumPlot->setTitle("Spectrum");
-  spectrumPlot->setXLabel("Freq");
-
-  using Slot = void (PulseShapingFilterEditorDialog::*)();
-  const std::pair<QString, Slot> actions[] = {
-      {"Add Row", &PulseShapingFilterEditorDialog::addRow},
-      {"Remove Row", &PulseShapingFilterEditorDialog::removeRow},
-      {QStringLiteral("Load RRC (\u03b1 = 0.35)"), &PulseShapingFilterEditorDialog::loadRRC},
-      {"Load Gaussian (0.5)", &PulseShapingFilterEditorDialog::loadGaussian},
-      {"Load Rectangular Window", &PulseShapingFilterEditorDialog::loadRectFilter},
-      {"Load Half Sine", &PulseShapingFilterEditorDialog::loadHalfSine},
-      {"Load Filter", &PulseShapingFilterEditorDialog::loadFilter},
-      {"Save Filter", &PulseShapingFilterEditorDialog::saveFilter},
-      {"Accept", &PulseShapingFilterEditorDialog::finalCheck}};
-  auto* buttons = new QGridLayout();
-  int index = 0;
-  for (const auto& [text, slot] : actions) {
-    auto* button = new QPushButton(text, this);
-    button->setAutoDefault(false);
-    connect(button, &QPushButton::clicked, this, slot);
-    buttons->addWidget(button, index / 2, index % 2);
-    ++index;
-  }
-
-  auto* left = new QVBoxLayout();
-  left->addWidget(table);
-  left->addWidget(new QLabel(QString::asprintf("Oversample = %d", os), this));
-  left->addLayout(buttons);
-  auto* right = new QVBoxLayout();
-  right->addWidget(impulsePlot);
-  right->addWidget(spectrumPlot);
-  auto* layout = new QHBoxLayout(this);
-  layout->addLayout(left, 1);
-  layout->addLayout(right, 2);
-  resize(900, 600);
-
+  layOut({{"Add Row", [this] { addRow(); }},
+          {"Remove Row", [this] { removeRow(); }},
+          {QStringLiteral("Load RRC (\u03b1 = 0.35)"), [this] { loadRRC(); }},
+          {"Load Gaussian (0.5)", [this] { loadGaussian(); }},
+          {"Load Rectangular Window", [this] { loadRectFilter(); }},
+          {"Load Half Sine", [this] { loadHalfSine(); }},
+          {"Load Filter", [this] { loadFilter(); }},
+          {"Save Filter", [this] { saveFilter(); }},
+          {"Accept", [this] { finalCheck(); }}},
+         new QLabel(QString::asprintf("Oversample = %d", os), this));
   refresh();
 }
 
@@ -139,20 +94,6 @@ bool PulseShapingFilterEditorDialog::saveFilterFile(const QString& path) const {
   for (size_t row = 0; row < filterTaps.size(); ++row)
     csv.setCell(static_cast<int>(row), 0, fileTap(filterTaps[row]));
   return csv.save(path);
-}
-
-void PulseShapingFilterEditorDialog::loadFilter() {
-  const QString path = openFileName(loadCaption, fileFilter, this);
-  if (!path.isEmpty() && !loadFilterFile(path)) warnLoadFailed(this);
-}
-
-void PulseShapingFilterEditorDialog::saveFilter() {
-  const QString path = saveFileName(saveCaption, fileFilter, this);
-  if (!path.isEmpty() && !saveFilterFile(path)) warnSaveFailed(this);
-}
-
-void PulseShapingFilterEditorDialog::finalCheck() {
-  if (checkTapCount(this, static_cast<int>(filterTaps.size()))) accept();
 }
 
 void PulseShapingFilterEditorDialog::refresh() {

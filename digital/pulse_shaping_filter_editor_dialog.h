@@ -2,19 +2,18 @@
 // Editor of the real pulse-shaping taps of the digital mode, with built-in designs and files.
 #pragma once
 
-#include <QDialog>
+#include "digital/filter_editor_dialog.h"
+
 #include <QString>
 
 #include <vector>
 
-class AMPlot;
-class BasicTableWidget;
 class QTableWidgetItem;
 
 // Window "Custom Filter": a one-column table "Filter Tap", the impulse and spectrum plots and
 // the design and file buttons. The taps reach the caller through taps() after acceptance;
 // accepting takes 4 to 256 taps.
-class PulseShapingFilterEditorDialog : public QDialog {
+class PulseShapingFilterEditorDialog : public FilterEditorDialog {
   Q_OBJECT
 
 public:
@@ -28,8 +27,8 @@ public:
   // line whose field 0 is not a number (empty, words) or at the end. Values are limited to
   // -1024 .. 1024. Files above filter_editor::maxFileBytes, or
   // giving more than filter_editor::maxFileTaps taps, are refused.
-  bool loadFilterFile(const QString& path);
-  bool saveFilterFile(const QString& path) const;
+  bool loadFilterFile(const QString& path) override;
+  bool saveFilterFile(const QString& path) const override;
 
 public slots:
   // Reads every cell back: a cell that can't be read keeps its tap, a cell whose text is still
@@ -42,9 +41,9 @@ public slots:
   void loadGaussian();
   void loadRectFilter();
   void loadHalfSine();
-  void loadFilter();
-  void saveFilter();
-  void finalCheck();
+
+protected:
+  int tapCount() const override { return static_cast<int>(filterTaps.size()); }
 
 private:
   template <class Design>
@@ -53,9 +52,6 @@ private:
   void updatePlots();
 
   std::vector<float> filterTaps;
-  BasicTableWidget* table;
-  AMPlot* impulsePlot;
-  AMPlot* spectrumPlot;
   int os;
   int designTaps;  // os x 8 + 1
 };
