@@ -21,6 +21,6 @@ public:
   virtual void applyChannelFilter(Sample* samples, int length) {}
   virtual void prepareNoise(double signalPowerDb, double sampleRateHz) {}
 
-  // Passes one chunk on its way to the device; `in` and `out` do not overlap.
+  // Passes one chunk on its way to the device; `in` and `out` are the same array or apart.
   virtual void process(const Sample* in, Sample* out, int count) = 0;
 };

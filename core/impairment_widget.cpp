@@ -287,6 +287,6 @@ void ImpairmentWidget::prepareNoise(double signalPowerDb, double sampleRateHz) {
 void ImpairmentWidget::process(const Sample* in, Sample* out, int count) {
   if (awgnEnabled() && !noiseStage.noise.empty())
     noiseStage.add(in, out, count);
-  else if (count > 0)
+  else if (count > 0 && in != out)
     std::memcpy(out, in, sizeof(Sample) * static_cast<size_t>(count));
 }
