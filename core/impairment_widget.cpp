@@ -95,8 +95,7 @@ void ImpairmentWidget::connectControls() {
   connect(awgnCheck, &QCheckBox::clicked, this, &ImpairmentWidget::setAWGNEnabled);
   connect(awgnSnrEdit, &DoubleEdit::editUpdated, this, &ImpairmentWidget::setAWGNSNR);
   connect(awgnBandwidthEdit, &FrequencyEdit::valueChanged, this, &ImpairmentWidget::setAWGNBW);
-  connect(channelFilterCheck, &QCheckBox::toggled, this,
-          [this](bool on) { channelFilterOn = on; });
+  connect(channelFilterCheck, &QCheckBox::toggled, this, [this](bool on) { channelFilterOn = on; });
   connect(channelFilterCheck, &QCheckBox::clicked, this,
           &ImpairmentWidget::setChannelFilterEnabled);
   connect(defineFilterButton, &QPushButton::clicked, this, &ImpairmentWidget::defineChannelFilter);
@@ -239,9 +238,8 @@ void ImpairmentWidget::loadSettings(QSettings* settings) {
     emit impairmentsChanged();
   };
   load([&] { timebaseEdit->setValue(numberOr(*settings, "TimebaseAdjust", timebaseOffset())); });
-  load([&] {
-    frequencyOffsetEdit->setValue(numberOr(*settings, "FreqOffset", frequencyOffset()));
-  });
+  load(
+      [&] { frequencyOffsetEdit->setValue(numberOr(*settings, "FreqOffset", frequencyOffset())); });
   load([&] { lowSpurCheck->setChecked(settings->value("LowSpurMode", lowSpurMode()).toBool()); });
   load([&] {
     iOffsetEdit->setValue(std::clamp(settings->value("IOffset", iOffsetEdit->value()).toInt(),
@@ -261,7 +259,10 @@ void ImpairmentWidget::loadSettings(QSettings* settings) {
     channelFilterCheck->setChecked(
         settings->value("ChannelFilterEnabled", channelFilterEnabled()).toBool());
   });
-  std::vector<Sample> taps(static_cast<size_t>(settings->beginReadArray("ChannelFilter")));
+  // The count is the file's word: a negative one reads no taps, and one beyond what any
+  // editor makes reads only that many, so a garbled count can't claim gigabytes.
+  const int count = std::clamp(settings->beginReadArray("ChannelFilter"), 0, maxChannelFilterTaps);
+  std::vector<Sample> taps(static_cast<size_t>(count));
   for (int i = 0; i < static_cast<int>(taps.size()); ++i) {
     settings->setArrayIndex(i);
     taps[i] = Sample(static_cast<float>(numberOr(*settings, "Real", 0.0)),

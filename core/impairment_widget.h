@@ -29,11 +29,13 @@ class QSettings;
 class ImpairmentWidget : public QWidget, public ImpairmentStage {
   Q_OBJECT
 public:
-  static constexpr double maxTimebaseAdjust = 2.0;   // ppm
-  static constexpr int maxIQOffset = 1024;           // device units
+  static constexpr double maxTimebaseAdjust = 2.0;      // ppm
+  static constexpr int maxIQOffset = 1024;              // device units
   static constexpr double maxSampleRateError = 2000.0;  // ppm
-  static constexpr double maxSnr = 100.0;            // dB
+  static constexpr double maxSnr = 100.0;               // dB
   static constexpr int passThroughTaps = 15;
+  // Taps a preset may give the channel filter; the editor accepts at most 256.
+  static constexpr int maxChannelFilterTaps = 16384;
 
   // Runs the channel filter editor on `taps`; true, with `taps` replaced, when it was accepted.
   using FilterEditor = std::function<bool(QWidget* parent, std::vector<Sample>& taps)>;
@@ -48,8 +50,8 @@ public:
   std::pair<int16_t, int16_t> iqOffset() const;
   double timebaseOffset() const;  // ppm
   bool awgnEnabled() const { return awgnOn.load(std::memory_order_relaxed); }
-  double awgnSnr() const;         // dB
-  double awgnBandwidth() const;   // Hz
+  double awgnSnr() const;        // dB
+  double awgnBandwidth() const;  // Hz
   bool channelFilterEnabled() const { return channelFilterOn.load(std::memory_order_relaxed); }
   std::vector<Sample> channelFilter() const;
 

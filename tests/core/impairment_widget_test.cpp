@@ -170,6 +170,11 @@ TEST_F(ImpairmentPanelTest, PresetGroup) {
                          ":OUTP:IMP:AWGN:SNR?;:OUTP:IMP:AWGN:IBW?;:OUTP:IMP:FREQ:OFFS?"),
             "5;1024;-1024;100000;-20;1e+07;0");
   EXPECT_TRUE(impairments.channelFilter().empty()) << "no array, no taps";
+  loadText("[Impairments]\nChannelFilter\\size=-5\n");
+  EXPECT_TRUE(impairments.channelFilter().empty());
+  loadText("[Impairments]\nChannelFilter\\size=2000000000\nChannelFilter\\1\\Imag=0.5\n");
+  EXPECT_EQ(impairments.channelFilter().size(), 16384u) << "a garbled count reads a bounded array";
+  EXPECT_EQ(impairments.channelFilter()[0], Sample(0.0f, 0.5f));
 }
 
 }  // namespace
