@@ -7,7 +7,6 @@
 #include "dsp/vec_fir.h"
 
 #include <cmath>
-#include <complex>
 
 namespace {
 
@@ -40,12 +39,6 @@ std::vector<Sample> playbackTaps(const std::vector<float>& taps, int oversample)
   std::vector<Sample> scaled;
   for (float t : taps) scaled.emplace_back(static_cast<float>(t * (oversample / sum)), 0.0f);
   return scaled;
-}
-
-double meanPowerDb(const std::vector<Sample>& x) {
-  double sum = 0.0;
-  for (const Sample& s : x) sum += std::norm(std::complex<double>(s));
-  return 10.0 * std::log10(sum / static_cast<double>(x.size()));
 }
 
 }  // namespace
@@ -87,7 +80,7 @@ Waveform buildLinearMod(const LinearModSettings& settings) {
   }
 
   wave.sampleRate = settings.symbolRateHz * os;
-  wave.levelOffsetDb = meanPowerDb(samples);
+  wave.levelOffsetDb = meanPowerDb(samples.data(), n);
   const double gap = settings.offDurationS / (1.0 / wave.sampleRate);
   if (gap >= 1.0 && gap < 1e9) samples.resize(samples.size() + static_cast<size_t>(gap));
   wave.samples = std::move(samples);

@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdint>
 #include <new>
 #include <utility>
@@ -71,4 +72,13 @@ void SampleBuffer::release() {
   samples = nullptr;
   count = 0;
   mappedBytes = 0;
+}
+
+double meanPowerDb(const Sample* samples, int64_t n) {
+  double sum = 0.0;
+  for (int64_t i = 0; i < n; ++i) {
+    const double re = samples[i].real(), im = samples[i].imag();
+    sum += re * re + im * im;
+  }
+  return 10.0 * std::log10(sum / double(n));
 }

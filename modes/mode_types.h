@@ -24,6 +24,10 @@ extern const char* const modShapeTexts[4];
 extern const char* const triggerTypeTexts[2];
 extern const char* const stepSweepTypeTexts[2];
 
+// 10 log10 of the mean of I^2 + Q^2 over n samples, summed in double; minus infinity for zeros.
+// Modes with a varying envelope retune by it, so that the mean power plays at the panel's level.
+double meanPowerDb(const Sample* samples, int64_t n);
+
 // One repetition of a mode's output, as a builder returns it.
 struct Waveform {
   std::vector<Sample> samples;

@@ -71,16 +71,6 @@ void normalisePeak(Sample* samples, int64_t n) {
   vecDivC32f(values, peakMagnitude(samples, n), values, static_cast<int>(2 * n));
 }
 
-// 10 log10 of the mean of I^2 + Q^2; minus infinity for zeros.
-double meanPowerDb(const Sample* samples, int64_t n) {
-  double sum = 0.0;
-  for (int64_t i = 0; i < n; ++i) {
-    const double re = samples[i].real(), im = samples[i].imag();
-    sum += re * re + im * im;
-  }
-  return 10.0 * std::log10(sum / double(n));
-}
-
 // Bin of tone i in a DFT of one period (2 j points): i - h cycles a period for N odd,
 // 2 (i - h) + 1 for N even.
 int64_t toneBin(int i, int toneCount, int64_t period) {
