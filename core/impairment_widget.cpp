@@ -2,6 +2,7 @@
 // The "Signal Impairments" panel.
 #include "core/impairment_widget.h"
 
+#include "modes/mode_types.h"
 #include "widgets/double_edit.h"
 #include "widgets/frequency_edit.h"
 #include "widgets/int_line_edit.h"
@@ -17,11 +18,6 @@
 #include <cstring>
 
 namespace {
-
-// A NaN is no value of the range: the control keeps `current`.
-double clampOr(double value, double low, double high, double current) {
-  return std::isnan(value) ? current : std::clamp(value, low, high);
-}
 
 std::vector<Sample> passThroughFilter() {
   std::vector<Sample> taps(ImpairmentWidget::passThroughTaps);

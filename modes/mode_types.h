@@ -5,8 +5,12 @@
 
 #include "dsp/sample.h"
 
+#include <algorithm>
+#include <climits>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <vector>
 
 // Each is stored as the integer item data of its combo box and in presets.
@@ -23,6 +27,14 @@ enum StepSweepType { StepSweepFreq = 0, StepSweepFreqAmplitude = 1 };
 extern const char* const modShapeTexts[4];
 extern const char* const triggerTypeTexts[2];
 extern const char* const stepSweepTypeTexts[2];
+
+// The clamp of the views' slots. A NaN is no value of the range: the control keeps `current`.
+inline double clampOr(double value, double low, double high, double current) {
+  return std::isnan(value) ? current : std::clamp(value, low, high);
+}
+
+// Seeds are kept by their magnitude; that of INT_MIN doesn't fit and is taken as the greatest.
+inline int seedMagnitude(int seed) { return seed == INT_MIN ? INT_MAX : std::abs(seed); }
 
 // 10 log10 of the mean of I^2 + Q^2 over n samples, summed in double; minus infinity for zeros.
 // Modes with a varying envelope retune by it, so that the mean power plays at the panel's level.

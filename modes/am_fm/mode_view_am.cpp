@@ -2,6 +2,7 @@
 // The AM view (mode 1): rate, depth and shape of the amplitude modulation.
 #include "modes/am_fm/mode_view_am.h"
 
+#include "modes/mode_types.h"
 #include "widgets/double_edit.h"
 #include "widgets/frequency_edit.h"
 #include "widgets/my_combo_box.h"
@@ -12,15 +13,6 @@
 
 #include <algorithm>
 #include <cmath>
-
-namespace {
-
-// A NaN is no value of the range: the control keeps `current`.
-double clampOr(double value, double low, double high, double current) {
-  return std::isnan(value) ? current : std::clamp(value, low, high);
-}
-
-}  // namespace
 
 ModeViewAM::ModeViewAM(QWidget* parent)
     : ModeWidget("AM", 1, parent),

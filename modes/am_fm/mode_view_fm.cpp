@@ -2,6 +2,7 @@
 // The FM view (mode 2): rate, deviation and shape, kept within a factor 1000.
 #include "modes/am_fm/mode_view_fm.h"
 
+#include "modes/mode_types.h"
 #include "widgets/frequency_edit.h"
 #include "widgets/my_combo_box.h"
 #include "widgets/my_form_layout.h"
@@ -11,15 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-
-namespace {
-
-// A NaN is no value of the range: the control keeps `current`.
-double clampOr(double value, double low, double high, double current) {
-  return std::isnan(value) ? current : std::clamp(value, low, high);
-}
-
-}  // namespace
 
 ModeViewFM::ModeViewFM(QWidget* parent)
     : ModeWidget("FM", 2, parent),

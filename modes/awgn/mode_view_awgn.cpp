@@ -2,6 +2,7 @@
 // The AWGN view (mode 7): bandwidth, length and seed of the noise record.
 #include "modes/awgn/mode_view_awgn.h"
 
+#include "modes/mode_types.h"
 #include "widgets/frequency_edit.h"
 #include "widgets/int_line_edit.h"
 #include "widgets/my_form_layout.h"
@@ -13,18 +14,6 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
-
-namespace {
-
-// A NaN is no value of the range: the control keeps `current`.
-double clampOr(double value, double low, double high, double current) {
-  return std::isnan(value) ? current : std::clamp(value, low, high);
-}
-
-// The magnitude of INT_MIN doesn't fit: it is taken as the greatest seed.
-int magnitude(int seed) { return seed == INT_MIN ? INT_MAX : std::abs(seed); }
-
-}  // namespace
 
 ModeViewAWGN::ModeViewAWGN(QWidget* parent)
     : ModeWidget("AWGN", 7, parent),
@@ -81,6 +70,6 @@ void ModeViewAWGN::setLength(double newLength) {
 }
 
 void ModeViewAWGN::setSeed(int newSeed) {
-  seedEdit_->setValue(magnitude(newSeed));
+  seedEdit_->setValue(seedMagnitude(newSeed));
   emit updated();
 }
