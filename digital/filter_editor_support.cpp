@@ -5,8 +5,6 @@
 #include "modes/csv_table.h"
 #include "shell/message_box.h"
 
-#include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <charconv>
@@ -35,21 +33,8 @@ bool readTap(const QString& text, float* tap) {
 }
 
 bool readFilterFile(const QString& path, CsvTable* csv) {
-  // Devices and pipes could be endless: only plain files are read, and no more than the bound.
-  if (!QFileInfo(path).isFile()) return false;
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly) || file.size() > maxFileBytes) return false;
-  QByteArray bytes = file.read(maxFileBytes + 1);
-  if (bytes.size() > maxFileBytes) return false;
-  // Lines past maxFileTaps + 1 can't change the outcome: they stay unparsed.
-  int end = -1;
-  for (int line = 0; line <= maxFileTaps; ++line) {
-    end = bytes.indexOf('\n', end + 1);
-    if (end < 0) break;
-  }
-  if (end >= 0) bytes.truncate(end + 1);
-  csv->parse(QString::fromUtf8(bytes));
-  return true;
+  // A valid file has at most maxFileTaps taps and a line after them that ends the read.
+  return csv->loadBounded(path, maxFileBytes, maxFileTaps + 1);
 }
 
 void warnLoadFailed(QWidget* parent) {

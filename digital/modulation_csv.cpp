@@ -4,9 +4,6 @@
 
 #include "modes/csv_table.h"
 
-#include <QFile>
-#include <QFileInfo>
-
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -108,22 +105,8 @@ CsvTable modulationToCsv(const ModulationMap& map) {
 }
 
 bool readModulationCsv(const QString& path, ModulationMap& map) {
-  // Devices and pipes could be endless: only plain files are read, and no more than the bound.
-  if (!QFileInfo(path).isFile()) return false;
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly) || file.size() > maxFileBytes) return false;
-  QByteArray bytes = file.read(maxFileBytes + 1);
-  if (bytes.size() > maxFileBytes) return false;
-  // Lines past the longest valid file can't change the outcome: they stay unparsed.
-  int end = -1;
-  for (int line = 0; line < maxFileLines; ++line) {
-    end = bytes.indexOf('\n', end + 1);
-    if (end < 0) break;
-  }
-  if (end >= 0) bytes.truncate(end + 1);
   CsvTable csv;
-  csv.parse(QString::fromUtf8(bytes));
-  return modulationFromCsv(csv, map);
+  return csv.loadBounded(path, maxFileBytes, maxFileLines) && modulationFromCsv(csv, map);
 }
 
 bool writeModulationCsv(const QString& path, const ModulationMap& map) {

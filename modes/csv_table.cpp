@@ -3,6 +3,7 @@
 #include "modes/csv_table.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QIODevice>
 #include <QStringList>
 #include <QTextStream>
@@ -74,6 +75,22 @@ bool CsvTable::load(const QString& path) {
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return false;
   return read(file);
+}
+
+bool CsvTable::loadBounded(const QString& path, qint64 maxBytes, int maxLines) {
+  if (!QFileInfo(path).isFile()) return false;
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly) || file.size() > maxBytes) return false;
+  QByteArray bytes = file.read(maxBytes + 1);
+  if (bytes.size() > maxBytes) return false;
+  int end = -1;
+  for (int line = 0; line < maxLines; ++line) {
+    end = bytes.indexOf('\n', end + 1);
+    if (end < 0) break;
+  }
+  if (end >= 0) bytes.truncate(end + 1);
+  parse(QString::fromUtf8(bytes));
+  return true;
 }
 
 bool CsvTable::save(const QString& path) const {

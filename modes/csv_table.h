@@ -37,6 +37,10 @@ public:
   // False, with the table unchanged, when the file can't be opened.
   bool load(const QString& path);
   bool save(const QString& path) const;
+  // For files a user picks: false, with the table unchanged, for what isn't a plain file (a
+  // device or a pipe could be endless), can't be opened or holds more than `maxBytes`. Only the
+  // first `maxLines` records are parsed: the rest can't matter to a reader that stops there.
+  bool loadBounded(const QString& path, qint64 maxBytes, int maxLines);
   bool read(QIODevice& device);
   bool write(QIODevice& device) const;
 

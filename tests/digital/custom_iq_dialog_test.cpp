@@ -7,6 +7,7 @@
 #include "digital/diff_encoding_dialog.h"
 #include "digital/modulation_csv.h"
 #include "shell/message_box.h"
+#include "support/warnings.h"
 #include "widgets/my_combo_box.h"
 
 #include <QApplication>
@@ -28,18 +29,6 @@ ModulationMap pointsOnly(std::vector<Sample> points) {
 }
 
 using Offsets = std::vector<int32_t>;
-
-// Collects the warnings as "title: text" while it lives.
-struct Warnings {
-  Warnings() {
-    previous = setWarningPresenter([this](QWidget*, const QString& title, const QString& text) {
-      shown << title + ": " + text;
-    });
-  }
-  ~Warnings() { setWarningPresenter(previous); }
-  QStringList shown;
-  WarningPresenter previous;
-};
 
 QPushButton* button(const QWidget& dialog, const QString& text) {
   for (QPushButton* b : dialog.findChildren<QPushButton*>())

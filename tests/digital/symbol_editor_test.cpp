@@ -4,6 +4,7 @@
 #include "digital/symbol_line_edit.h"
 
 #include "shell/message_box.h"
+#include "support/warnings.h"
 #include "widgets/double_edit.h"
 
 #include <QFile>
@@ -16,18 +17,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-// Collects the warnings as "title: text" while it lives.
-struct Warnings {
-  Warnings() {
-    previous = setWarningPresenter([this](QWidget*, const QString& title, const QString& text) {
-      shown << title + ": " + text;
-    });
-  }
-  ~Warnings() { setWarningPresenter(previous); }
-  QStringList shown;
-  WarningPresenter previous;
-};
 
 QString labelStartingWith(const QDialog& dialog, const QString& start) {
   for (const QLabel* label : dialog.findChildren<QLabel*>())
