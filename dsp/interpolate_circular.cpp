@@ -21,7 +21,10 @@ int64_t wrap(int64_t i, int64_t n) {
 }
 
 // acc(q) = sum over j < m of g(j) × w(q - j), q < count; four taps a pass for the vectoriser.
-void phaseFir(const float* w, const float* g, int m, float* acc, int64_t count) {
+// Where the processor has AVX2 a copy of eight lanes runs; without FMA its sums round as the
+// four-lane form's do, so the output doesn't depend on the processor.
+__attribute__((target_clones("avx2", "default"))) void phaseFir(const float* w, const float* g,
+                                                                int m, float* acc, int64_t count) {
   std::fill(acc, acc + count, 0.0f);
   int j = 0;
   for (; j + 4 <= m; j += 4) {
@@ -43,15 +46,18 @@ struct Shaper {
   int factor;
   const float* taps;
   int tapCount;
-  int subLength;          // taps a phase at most
-  std::vector<float> g;   // the taps of one phase
+  int subLength;         // taps a phase at most
+  std::vector<float> g;  // the taps of one phase
   std::vector<float> window, acc;
 
   // The outputs of u = u0 ... u0 + count - 1, with u = index + half, u0 >= 0, count <= kBlock.
   void block(int64_t u0, int64_t count, float* dst, int stride) {
     const int64_t qLow = u0 / factor - (subLength - 1), qHigh = (u0 + count - 1) / factor;
     window.resize(static_cast<size_t>(qHigh - qLow + 1));
-    for (int64_t q = qLow; q <= qHigh; ++q) window[q - qLow] = values[wrap(q, valueCount)];
+    for (int64_t i = 0, v = wrap(qLow, valueCount); i <= qHigh - qLow; ++i) {
+      window[i] = values[v];
+      if (++v == valueCount) v = 0;
+    }
     const int64_t step = static_cast<int64_t>(factor) * stride;
     for (int r = 0; r < factor; ++r) {
       const int64_t t0 = wrap(r - u0, factor);  // the first output of this phase
@@ -75,8 +81,14 @@ int interpolateCircular(const float* values, int64_t valueCount, int factor, con
   if (!values || !taps || !dst) return VecErrNull;
   const int64_t n = valueCount * factor;
   const int subLength = (tapCount + factor - 1) / factor;
-  Shaper shaper{values, valueCount, factor, taps, tapCount, subLength,
-                std::vector<float>(static_cast<size_t>(subLength)), {},
+  Shaper shaper{values,
+                valueCount,
+                factor,
+                taps,
+                tapCount,
+                subLength,
+                std::vector<float>(static_cast<size_t>(subLength)),
+                {},
                 std::vector<float>(static_cast<size_t>(kBlock))};
   for (int64_t done = 0; done < count; done += kBlock) {
     const int64_t part = std::min(kBlock, count - done);

@@ -28,7 +28,7 @@ TEST(InterpolateCircular, EqualsTheStuffedRecordFilteredCircularly) {
   struct Row {
     int factor, taps, values;
   };
-  const Row rows[] = {{1, 7, 40},  {2, 3, 1},   {2, 16, 9},   {3, 2, 5},    {4, 33, 3},
+  const Row rows[] = {{1, 7, 40},   {2, 3, 1},    {2, 16, 9},  {3, 2, 5},     {4, 33, 3},
                       {4, 33, 600}, {8, 257, 40}, {8, 5, 700}, {8, 258, 1500}};
   for (const Row& row : rows) {
     const std::vector<float> h = randomFloats(row.taps, row.taps),
@@ -46,8 +46,8 @@ TEST(InterpolateCircular, EqualsTheStuffedRecordFilteredCircularly) {
         worst = std::max(worst, std::abs(double(got[2 * t + 1]) - y[((first + t) % n + n) % n]));
         ASSERT_EQ(got[2 * t], -9.0f) << "stride " << t;
       }
-      EXPECT_LT(worst, 1e-6 * row.taps) << row.factor << " " << row.taps << " " << row.values
-                                        << " from " << first;
+      EXPECT_LT(worst, 1e-6 * row.taps)
+          << row.factor << " " << row.taps << " " << row.values << " from " << first;
     }
   }
   float out = 5.0f;
