@@ -147,8 +147,9 @@ Waveform directFsk(const FskSettings& s) {
   for (size_t i = 0; i < track.size(); ++i) {
     const double phase = track[i] * twoPi;
     const Sample z(static_cast<float>(std::cos(phase)), static_cast<float>(std::sin(phase)));
-    y = i == 0 ? z : Sample(y.real() * z.real() - y.imag() * z.imag(),
-                            y.real() * z.imag() + y.imag() * z.real());
+    y = i == 0 ? z
+               : Sample(y.real() * z.real() - y.imag() * z.imag(),
+                        y.real() * z.imag() + y.imag() * z.real());
     wave.samples[i] = y;
   }
   wave.sampleRate = s.symbolRateHz * os;
@@ -180,9 +181,7 @@ void BM_Linear_Pn21Os8_Baseline(benchmark::State& state) {
 BENCHMARK(BM_Linear_Pn21Os8_Baseline)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The panel's defaults: QPSK, PN15, os 4, an 8-symbol filter.
-void BM_Linear_Pn15Os4(benchmark::State& state) {
-  runBuild(state, qpsk(15, 4, 8), buildLinearMod);
-}
+void BM_Linear_Pn15Os4(benchmark::State& state) { runBuild(state, qpsk(15, 4, 8), buildLinearMod); }
 BENCHMARK(BM_Linear_Pn15Os4)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_Linear_Pn15Os4_Baseline(benchmark::State& state) {
@@ -190,9 +189,7 @@ void BM_Linear_Pn15Os4_Baseline(benchmark::State& state) {
 }
 BENCHMARK(BM_Linear_Pn15Os4_Baseline)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void BM_Fsk2_Pn21Os8(benchmark::State& state) {
-  runBuild(state, fsk2(21, 8, 32), buildFsk);
-}
+void BM_Fsk2_Pn21Os8(benchmark::State& state) { runBuild(state, fsk2(21, 8, 32), buildFsk); }
 BENCHMARK(BM_Fsk2_Pn21Os8)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_Fsk2_Pn21Os8_Baseline(benchmark::State& state) {
