@@ -169,11 +169,19 @@ void runBuild(benchmark::State& state, const Settings& settings, Build build) {
   state.SetItemsProcessed(state.iterations() * samples);
 }
 
-// The longest record: PN21 at os 8 through a 32-symbol filter, 16.8 million samples.
+// The longest record: PN21 at os 8 through a 32-symbol filter, 16.8 million samples; with a
+// gap of 1 s (8 million zeros) as well, for the memory a build with a gap holds.
 void BM_Linear_Pn21Os8(benchmark::State& state) {
-  runBuild(state, qpsk(21, 8, 32), buildLinearMod);
+  LinearModSettings settings = qpsk(21, 8, 32);
+  settings.offDurationS = state.range(0) / 1000.0;
+  runBuild(state, settings, buildLinearMod);
 }
-BENCHMARK(BM_Linear_Pn21Os8)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Linear_Pn21Os8)
+    ->ArgName("gap_ms")
+    ->Arg(0)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 void BM_Linear_Pn21Os8_Baseline(benchmark::State& state) {
   runBuild(state, qpsk(21, 8, 32), directLinear);
@@ -189,8 +197,17 @@ void BM_Linear_Pn15Os4_Baseline(benchmark::State& state) {
 }
 BENCHMARK(BM_Linear_Pn15Os4_Baseline)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void BM_Fsk2_Pn21Os8(benchmark::State& state) { runBuild(state, fsk2(21, 8, 32), buildFsk); }
-BENCHMARK(BM_Fsk2_Pn21Os8)->Unit(benchmark::kMillisecond)->UseRealTime();
+void BM_Fsk2_Pn21Os8(benchmark::State& state) {
+  FskSettings settings = fsk2(21, 8, 32);
+  settings.offDurationS = state.range(0) / 1000.0;
+  runBuild(state, settings, buildFsk);
+}
+BENCHMARK(BM_Fsk2_Pn21Os8)
+    ->ArgName("gap_ms")
+    ->Arg(0)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 void BM_Fsk2_Pn21Os8_Baseline(benchmark::State& state) {
   runBuild(state, fsk2(21, 8, 32), directFsk);
