@@ -20,11 +20,16 @@ int64_t wrap(int64_t i, int64_t n) {
   return m < 0 ? m + n : m;
 }
 
-// acc(q) = sum over j < m of g(j) × w(q - j), q < count; four taps a pass for the vectoriser.
 // Where the processor has AVX2 a copy of eight lanes runs; without FMA its sums round as the
 // four-lane form's do, so the output doesn't depend on the processor.
-__attribute__((target_clones("avx2", "default"))) void phaseFir(const float* w, const float* g,
-                                                                int m, float* acc, int64_t count) {
+#if defined(__x86_64__) && defined(__GNUC__)
+#define KRT40_WIDE_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define KRT40_WIDE_CLONES
+#endif
+
+// acc(q) = sum over j < m of g(j) × w(q - j), q < count; four taps a pass for the vectoriser.
+KRT40_WIDE_CLONES void phaseFir(const float* w, const float* g, int m, float* acc, int64_t count) {
   std::fill(acc, acc + count, 0.0f);
   int j = 0;
   for (; j + 4 <= m; j += 4) {
@@ -40,15 +45,17 @@ __attribute__((target_clones("avx2", "default"))) void phaseFir(const float* w, 
   }
 }
 
-struct Shaper {
-  const float* values;
-  int64_t valueCount;
-  int factor;
-  const float* taps;
-  int tapCount;
-  int subLength;         // taps a phase at most
-  std::vector<float> g;  // the taps of one phase
-  std::vector<float> window, acc;
+class Shaper {
+public:
+  Shaper(const float* values, int64_t valueCount, int factor, const float* taps, int tapCount)
+      : values(values),
+        valueCount(valueCount),
+        factor(factor),
+        taps(taps),
+        tapCount(tapCount),
+        subLength((tapCount + factor - 1) / factor),
+        g(static_cast<size_t>(subLength)),
+        acc(static_cast<size_t>(kBlock)) {}
 
   // The outputs of u = u0 ... u0 + count - 1, with u = index + half, u0 >= 0, count <= kBlock.
   void block(int64_t u0, int64_t count, float* dst, int stride) {
@@ -71,6 +78,16 @@ struct Shaper {
       for (int64_t q = 0; q < outputs; ++q) out[q * step] = acc[q];
     }
   }
+
+private:
+  const float* values;
+  int64_t valueCount;
+  int factor;
+  const float* taps;
+  int tapCount;
+  int subLength;         // taps a phase at most
+  std::vector<float> g;  // the taps of one phase
+  std::vector<float> window, acc;
 };
 
 }  // namespace
@@ -80,16 +97,7 @@ int interpolateCircular(const float* values, int64_t valueCount, int factor, con
   if (valueCount < 1 || factor < 1 || tapCount < 1 || count < 1 || stride < 1) return VecErrSize;
   if (!values || !taps || !dst) return VecErrNull;
   const int64_t n = valueCount * factor;
-  const int subLength = (tapCount + factor - 1) / factor;
-  Shaper shaper{values,
-                valueCount,
-                factor,
-                taps,
-                tapCount,
-                subLength,
-                std::vector<float>(static_cast<size_t>(subLength)),
-                {},
-                std::vector<float>(static_cast<size_t>(kBlock))};
+  Shaper shaper(values, valueCount, factor, taps, tapCount);
   for (int64_t done = 0; done < count; done += kBlock) {
     const int64_t part = std::min(kBlock, count - done);
     shaper.block(wrap(first + done, n) + tapCount / 2, part, dst + done * stride, stride);
