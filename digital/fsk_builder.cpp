@@ -45,19 +45,20 @@ Waveform buildFsk(const FskSettings& settings) {
   const double gap = settings.offDurationS / (1.0 / rate);
   const int64_t zeros = gap >= 1.0 && gap < 1e9 ? static_cast<int64_t>(gap) : 0;
 
-  // The track is shaped a piece at a time and integrated straight away; the burst is appended
-  // to one allocation of burst and gap. y(0) = z(0), y(i) = y(i-1) z(i), in float: the phase
+  // The track is shaped a piece at a time and integrated straight away, into one allocation of
+  // burst and gap grown a piece at a time. y(0) = z(0), y(i) = y(i-1) z(i), in float: the phase
   // runs on across symbols.
   constexpr float twoPi = 6.28318548f;  // 0x40C90FDB
   std::vector<Sample>& y = wave.samples;
   reserveSamples(y, n + zeros);
   std::vector<float> track(kChunk);
-  std::vector<Sample> chunk(kChunk);
   const int tapCount = static_cast<int>(taps.size());
   float yr = 1.0f, yi = 0.0f;
   double power = 0.0;
   for (int64_t done = 0; done < n; done += kChunk) {
     const int64_t part = std::min(kChunk, n - done);
+    y.resize(static_cast<size_t>(done + part));
+    Sample* piece = y.data() + done;
     interpolateCircular(impulses.data(), count, os, taps.data(), tapCount, done, part, track.data(),
                         1);
     for (int64_t i = 0; i < part; ++i) {
@@ -68,10 +69,9 @@ Waveform buildFsk(const FskSettings& settings) {
       const float r = first ? zr : yr * zr - yi * zi;
       yi = first ? zi : yr * zi + yi * zr;
       yr = r;
-      chunk[i] = Sample(yr, yi);
-      power += std::norm(std::complex<double>(chunk[i]));
+      piece[i] = Sample(yr, yi);
+      power += std::norm(std::complex<double>(piece[i]));
     }
-    y.insert(y.end(), chunk.begin(), chunk.begin() + part);
   }
   wave.sampleRate = rate;
   wave.levelOffsetDb = 10.0 * std::log10(power / static_cast<double>(n));

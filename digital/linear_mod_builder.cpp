@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int64_t kChunk = 2048;  // samples shaped at a time and appended while in L1 cache
+constexpr int64_t kChunk = 2048;  // samples shaped at a time, while in L1 cache
 
 // The points the symbols select, I and Q apart. Differential: the state starts at 0 and its
 // point comes first; each symbol then moves it by its offset, so there is one point more than
@@ -103,20 +103,20 @@ Waveform buildLinearMod(const LinearModSettings& settings) {
   // The I rail runs half a symbol late, round the record; Q stays.
   const int64_t lateI = settings.map.offsetQ ? os / 2 : 0;
 
-  // One allocation for burst and gap; the burst is appended rather than zero-filled first.
+  // One allocation for burst and gap, grown a piece at a time: each piece is zeroed and
+  // shaped while in L1 cache.
   std::vector<Sample>& samples = wave.samples;
   reserveSamples(samples, n + zeros);
-  std::vector<Sample> chunk(kChunk);
-  float* out = reinterpret_cast<float*>(chunk.data());
   const int tapCount = static_cast<int>(taps.size());
   double power = 0.0;
   for (int64_t done = 0; done < n; done += kChunk) {
     const int64_t part = std::min(kChunk, n - done);
+    samples.resize(static_cast<size_t>(done + part));
+    float* out = reinterpret_cast<float*>(samples.data() + done);
     interpolateCircular(rails.re.data(), count, os, taps.data(), tapCount, done - lateI, part, out,
                         2);
     interpolateCircular(rails.im.data(), count, os, taps.data(), tapCount, done, part, out + 1, 2);
-    samples.insert(samples.end(), chunk.begin(), chunk.begin() + part);
-    power += energyOf(chunk.data(), part);  // while the piece is in cache
+    power += energyOf(samples.data() + done, part);
   }
   wave.levelOffsetDb = 10.0 * std::log10(power / static_cast<double>(n));
   samples.resize(static_cast<size_t>(n + zeros));
