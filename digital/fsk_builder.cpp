@@ -3,13 +3,15 @@
 #include "digital/fsk_builder.h"
 
 #include "digital/modulation_map.h"
-#include "dsp/filter_circular.h"
-#include "dsp/vec_fir.h"
+#include "dsp/interpolate_circular.h"
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 
 namespace {
+
+constexpr int64_t kChunk = 2048;  // samples of track and output made at a time, in L1 cache
 
 // The symbol's frequency in units of the deviation: 2FSK plays +1 for a one and -1 for
 // anything else; the others are spread evenly from -1 to +1.
@@ -36,31 +38,43 @@ Waveform buildFsk(const FskSettings& settings) {
 
   const double rate = settings.symbolRateHz * os;
   const double a = settings.deviationHz / rate;  // cycles a sample
-  const int64_t n = static_cast<int64_t>(symbols.size()) * os;
-  std::vector<float> track(static_cast<size_t>(n));
-  for (size_t s = 0; s < symbols.size(); ++s)
-    track[s * os] = static_cast<float>(toneOf(1 << k, symbols[s]) * a);
-  const VecStatePtr<VecFir32f> fir = vecFirCreate32f(taps.data(), static_cast<int>(taps.size()));
-  filterCircular(fir.get(), track.data(), static_cast<int>(n));
+  std::vector<float> impulses;
+  for (uint32_t symbol : symbols)
+    impulses.push_back(static_cast<float>(toneOf(1 << k, symbol) * a));
+  const int64_t count = static_cast<int64_t>(impulses.size()), n = count * os;
+  const double gap = settings.offDurationS / (1.0 / rate);
+  const int64_t zeros = gap >= 1.0 && gap < 1e9 ? static_cast<int64_t>(gap) : 0;
 
-  // y(0) = z(0), y(i) = y(i-1) z(i), in float: the phase runs on across symbols.
+  // The track is shaped a piece at a time and integrated straight away, into one allocation of
+  // burst and gap grown a piece at a time. y(0) = z(0), y(i) = y(i-1) z(i), in float: the phase
+  // runs on across symbols.
   constexpr float twoPi = 6.28318548f;  // 0x40C90FDB
-  std::vector<Sample> y(static_cast<size_t>(n));
+  std::vector<Sample>& y = wave.samples;
+  reserveSamples(y, n + zeros);
+  std::vector<float> track(kChunk);
+  const int tapCount = static_cast<int>(taps.size());
   float yr = 1.0f, yi = 0.0f;
   double power = 0.0;
-  for (int64_t i = 0; i < n; ++i) {
-    const double phase = track[static_cast<size_t>(i)] * twoPi;
-    const float zr = static_cast<float>(std::cos(phase)), zi = static_cast<float>(std::sin(phase));
-    const float r = i == 0 ? zr : yr * zr - yi * zi;
-    yi = i == 0 ? zi : yr * zi + yi * zr;
-    yr = r;
-    y[static_cast<size_t>(i)] = Sample(yr, yi);
-    power += std::norm(std::complex<double>(y[static_cast<size_t>(i)]));
+  for (int64_t done = 0; done < n; done += kChunk) {
+    const int64_t part = std::min(kChunk, n - done);
+    y.resize(static_cast<size_t>(done + part));
+    Sample* piece = y.data() + done;
+    interpolateCircular(impulses.data(), count, os, taps.data(), tapCount, done, part, track.data(),
+                        1);
+    for (int64_t i = 0; i < part; ++i) {
+      const double phase = track[i] * twoPi;
+      const float zr = static_cast<float>(std::cos(phase)),
+                  zi = static_cast<float>(std::sin(phase));
+      const bool first = done + i == 0;
+      const float r = first ? zr : yr * zr - yi * zi;
+      yi = first ? zi : yr * zi + yi * zr;
+      yr = r;
+      piece[i] = Sample(yr, yi);
+      power += std::norm(std::complex<double>(piece[i]));
+    }
   }
   wave.sampleRate = rate;
   wave.levelOffsetDb = 10.0 * std::log10(power / static_cast<double>(n));
-  const double gap = settings.offDurationS / (1.0 / rate);
-  if (gap >= 1.0 && gap < 1e9) y.resize(y.size() + static_cast<size_t>(gap));
-  wave.samples = std::move(y);
+  y.resize(static_cast<size_t>(n + zeros));
   return wave;
 }

@@ -74,6 +74,18 @@ void SampleBuffer::release() {
   mappedBytes = 0;
 }
 
+void reserveSamples(std::vector<Sample>& samples, int64_t count) {
+  if (count < 1) return;
+  samples.reserve(static_cast<size_t>(count));
+#ifdef MADV_POPULATE_WRITE
+  const uintptr_t begin = reinterpret_cast<uintptr_t>(samples.data()) & ~(pageBytes() - 1);
+  const uintptr_t end = reinterpret_cast<uintptr_t>(samples.data() + samples.capacity());
+  // Older kernels refuse the advice, and the pages then come by faults as usual.
+  if (end - begin >= hugePageBytes)
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
+#endif
+}
+
 double meanPowerDb(const Sample* samples, int64_t n) {
   double sum = 0.0;
   for (int64_t i = 0; i < n; ++i) {

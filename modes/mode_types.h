@@ -40,6 +40,12 @@ inline int seedMagnitude(int seed) { return seed == INT_MIN ? INT_MAX : std::abs
 // Modes with a varying envelope retune by it, so that the mean power plays at the panel's level.
 double meanPowerDb(const Sample* samples, int64_t n);
 
+// Makes room for count samples in a vector that a build then fills, and has the system map a
+// long one's pages in one call: cheaper than a page fault at the first write to every 4 KB.
+// Huge pages would be cheaper still while freed ones are at hand, but on a machine that hands
+// free memory back to its host they cost several times as much on a build after a pause.
+void reserveSamples(std::vector<Sample>& samples, int64_t count);
+
 // One repetition of a mode's output, as a builder returns it.
 struct Waveform {
   std::vector<Sample> samples;
