@@ -19,19 +19,10 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <utility>
 
 namespace {
 
 const char* const fileFilter = "CSV File (*.csv)";
-
-// The built-in maps offered as a starting point; QAM4096 has no item.
-const std::pair<const char*, DigitalMod> defaultMaps[] = {
-    {"BPSK", DigitalModBPSK},       {"DBPSK", DigitalModDBPSK}, {"QPSK", DigitalModQPSK},
-    {"DQPSK", DigitalModDQPSK},     {"OQPSK", DigitalModOQPSK}, {"Pi4DQPSK", DigitalModPi4DQPSK},
-    {"8PSK", DigitalMod8PSK},       {"D8PSK", DigitalModD8PSK}, {"16PSK", DigitalMod16PSK},
-    {"QAM16", DigitalModQAM16},     {"QAM64", DigitalModQAM64}, {"QAM256", DigitalModQAM256},
-    {"QAM1024", DigitalModQAM1024}, {"2ASK", DigitalMod2ASK}};
 
 constexpr int iColumn = 2;
 constexpr int qColumn = 3;
@@ -72,7 +63,9 @@ CustomIQDialog::CustomIQDialog(const ModulationMap& edited, QWidget* parent)
   differentialButton->setCheckable(true);
   offsetQButton->setCheckable(true);
   defaultMapBox->addItem("Load Default I/Q Map", -1);
-  for (const auto& [text, mod] : defaultMaps) defaultMapBox->addItem(text, int{mod});
+  // The built-in maps as a starting point: the linear ones that have an item.
+  for (int mod = DigitalModBPSK; mod <= DigitalMod2ASK; ++mod)
+    if (const char* text = digitalModText(mod)) defaultMapBox->addItem(text, mod);
   connect(defaultMapBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
           &CustomIQDialog::loadDefaultMod);
   layOut();

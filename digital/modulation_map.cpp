@@ -39,6 +39,14 @@ ModulationMap differential(std::vector<Sample> states, std::vector<int32_t> offs
 
 }  // namespace
 
+const char* digitalModText(int mod) {
+  static const char* const texts[] = {"BPSK",     "DBPSK",  "QPSK",    "DQPSK", "OQPSK",
+                                      "Pi4DQPSK", "8PSK",   "D8PSK",   "16PSK", "QAM16",
+                                      "QAM64",    "QAM256", "QAM1024", nullptr, "2ASK",
+                                      "2FSK",     "4FSK",   "8FSK",    "16FSK", "Custom"};
+  return mod >= 0 && mod <= DigitalModCustom ? texts[mod] : nullptr;
+}
+
 ModulationMap defaultModulationMap(int mod) {
   switch (mod) {
     case DigitalModBPSK: return {{{1, 0}, {-1, 0}}};

@@ -42,6 +42,10 @@ struct ModulationMap {
   bool offsetQ = false;
 };
 
+// The item text of `mod` in the combo boxes ("QPSK", "8PSK", ...); null for 13, which has a
+// map but no item, and for unknown values.
+const char* digitalModText(int mod);
+
 // The built-in map of `mod`, before scaling; an empty map for the FSK values, 19 and unknown ones.
 ModulationMap defaultModulationMap(int mod);
 

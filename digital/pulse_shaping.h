@@ -17,9 +17,9 @@ enum FilterType : int {
 
 struct PulseShapingSettings {
   int filterType = FilterRootRaisedCosine;
-  double alpha = 0.35;     // roll-off, or the BT product of the Gaussian
-  int filterLength = 8;    // symbols
-  int oversample = 4;      // samples a symbol
+  double alpha = 0.35;   // roll-off, or the BT product of the Gaussian
+  int filterLength = 8;  // symbols
+  int oversample = 4;    // samples a symbol
   std::vector<float> customTaps;
 };
 

@@ -25,19 +25,6 @@ struct Item {
   const char* text;
 };
 
-// 13 has a built-in map but no item.
-const Item modulationItems[] = {
-    {DigitalModBPSK, "BPSK"},       {DigitalModDBPSK, "DBPSK"},
-    {DigitalModQPSK, "QPSK"},       {DigitalModDQPSK, "DQPSK"},
-    {DigitalModOQPSK, "OQPSK"},     {DigitalModPi4DQPSK, "Pi4DQPSK"},
-    {DigitalMod8PSK, "8PSK"},       {DigitalModD8PSK, "D8PSK"},
-    {DigitalMod16PSK, "16PSK"},     {DigitalModQAM16, "QAM16"},
-    {DigitalModQAM64, "QAM64"},     {DigitalModQAM256, "QAM256"},
-    {DigitalModQAM1024, "QAM1024"}, {DigitalMod2ASK, "2ASK"},
-    {DigitalMod2FSK, "2FSK"},       {DigitalMod4FSK, "4FSK"},
-    {DigitalMod8FSK, "8FSK"},       {DigitalMod16FSK, "16FSK"},
-    {DigitalModCustom, "Custom"}};
-
 const Item filterItems[] = {{FilterRectangular, "Rectangular"},
                             {FilterRaisedCosine, "Raised Cosine"},
                             {FilterRootRaisedCosine, "Root Raised Cosine"},
@@ -87,7 +74,8 @@ ModeViewDigitalMod::ModeViewDigitalMod(QWidget* parent)
   for (int value = 0; value < 2; ++value) triggerCombo->addItem(triggerTypeTexts[value], value);
   offDurationEdit->setRange(0.0, maxOffDuration);
   offDurationEdit->setValue(0.0);
-  addItems(modulationCombo, modulationItems);
+  for (int mod = DigitalModBPSK; mod <= DigitalModCustom; ++mod)
+    if (const char* text = digitalModText(mod)) modulationCombo->addItem(text, mod);
   addItems(filterCombo, filterItems);
   filterLengthEdit->setValue(8);
   filterLengthEdit->setStep(true, 1);
@@ -134,8 +122,7 @@ void ModeViewDigitalMod::connectControls() {
   connect(modulationCombo, indexChanged, this, &ModeViewDigitalMod::updated);
   connect(filterCombo, indexChanged, this, &ModeViewDigitalMod::updated);
   connect(alphaEdit, &DoubleEdit::editUpdated, this, &ModeViewDigitalMod::setFilterAlpha);
-  connect(filterLengthEdit, &IntLineEdit::valueChanged, this,
-          &ModeViewDigitalMod::setFilterLength);
+  connect(filterLengthEdit, &IntLineEdit::valueChanged, this, &ModeViewDigitalMod::setFilterLength);
   connect(sequenceCombo, indexChanged, this, &ModeViewDigitalMod::updated);
   connect(seedEdit, &IntLineEdit::valueChanged, this, &ModeViewDigitalMod::setSequenceSeed);
   connect(deviationEdit, &FrequencyEdit::valueChanged, this, &ModeViewDigitalMod::setFskDeviation);

@@ -30,12 +30,12 @@ class ModeViewDigitalMod : public ModeWidget {
 public:
   static constexpr double minSampleRate = 16000.0;  // symbol rate × oversample, samples a second
   static constexpr double maxSampleRate = 5e7;
-  static constexpr double maxOffDuration = 1.0;    // s
+  static constexpr double maxOffDuration = 1.0;  // s
   static constexpr double minAlpha = 0.01;
   static constexpr double maxAlpha = 0.99;
-  static constexpr int minFilterLength = 4;        // symbols
+  static constexpr int minFilterLength = 4;  // symbols
   static constexpr int maxFilterLength = 32;
-  static constexpr double minDeviation = 1.0;      // Hz
+  static constexpr double minDeviation = 1.0;  // Hz
   static constexpr double maxDeviation = 1e7;
   static constexpr double minIQScaling = 0.1;
   static constexpr double maxIQScaling = 1.0;
