@@ -21,8 +21,10 @@ int64_t wrap(int64_t i, int64_t n) {
 }
 
 // Where the processor has AVX2 a copy of eight lanes runs; without FMA its sums round as the
-// four-lane form's do, so the output doesn't depend on the processor.
-#if defined(__x86_64__) && defined(__GNUC__)
+// four-lane form's do, so the output doesn't depend on the processor. The copy is chosen by a
+// resolver that runs while the program loads, before ThreadSanitizer's runtime is up, which
+// faults: its builds keep the one copy.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_THREAD__)
 #define KRT40_WIDE_CLONES __attribute__((target_clones("avx2", "default")))
 #else
 #define KRT40_WIDE_CLONES
