@@ -42,9 +42,8 @@ TEST(CSVFileReader, ABadLineEndsTheReading) {
     QByteArray text;
     int64_t kept;
   } cases[] = {
-      {"1,2\n1,2,3\n4,5\n", 1},    {"1,2\n3;4\n", 1},   {"1,2\n\n3,4\n", 1},
-      {"1,abc\n", 0},              {"1,1e39\n", 0},     {"1,2\n++1,2\n", 1},
-      {"0x1,2\n", 0},              {",\n", 0},
+      {"1,2\n1,2,3\n4,5\n", 1}, {"1,2\n3;4\n", 1},   {"1,2\n\n3,4\n", 1}, {"1,abc\n", 0},
+      {"1,1e39\n", 0},          {"1,2\n++1,2\n", 1}, {"0x1,2\n", 0},      {",\n", 0},
   };
   for (const auto& c : cases) {
     CsvFile file(c.text);
