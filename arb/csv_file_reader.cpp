@@ -19,16 +19,22 @@ bool isSpace(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v';
 }
 
-enum class Line { Sample, Bad };
+enum class Line { Sample, FieldCount, Value };
 
 // One line without its line feed: two floats split by a comma.
 Line parseLine(const char* begin, const char* end, Sample& sample) {
   const char* comma = static_cast<const char*>(std::memchr(begin, ',', end - begin));
-  if (!comma) return Line::Bad;  // a third field fails as Q
+  if (!comma || std::memchr(comma + 1, ',', end - comma - 1)) return Line::FieldCount;
   float i = 0.0f, q = 0.0f;
-  if (!parseCsvFloat(begin, comma, i) || !parseCsvFloat(comma + 1, end, q)) return Line::Bad;
+  if (!parseCsvFloat(begin, comma, i) || !parseCsvFloat(comma + 1, end, q)) return Line::Value;
   sample = Sample(i, q);
   return Line::Sample;
+}
+
+QString lineError(Line line, int64_t number) {
+  return QString(line == Line::FieldCount ? "Invalid sample count on line %1"
+                                          : "Invalid value on line %1")
+      .arg(number);
 }
 
 }  // namespace
@@ -47,6 +53,7 @@ bool parseCsvFloat(const char* begin, const char* end, float& value) {
 
 bool CSVFileReader::open(const QString& path) {
   opened = false;
+  error.clear();
   samples.clear();
   position = 0;
   QFile file(path);
@@ -67,7 +74,10 @@ bool CSVFileReader::open(const QString& path) {
     while (p < end) {
       const char* feed = static_cast<const char*>(std::memchr(p, '\n', end - p));
       if (!feed && !atEnd) {
-        if (end - p > maxLineBytes) return false;
+        if (end - p > maxLineBytes) {
+          error = lineError(Line::FieldCount, sampleCount() + 1);
+          return false;
+        }
         break;  // the rest of the line comes with the next block
       }
       const char* lineEnd = feed ? feed : end;
@@ -76,7 +86,11 @@ bool CSVFileReader::open(const QString& path) {
         return true;
       }
       Sample sample;
-      if (parseLine(p, lineEnd, sample) == Line::Bad) return false;
+      const Line line = parseLine(p, lineEnd, sample);
+      if (line != Line::Sample) {
+        error = lineError(line, sampleCount() + 1);
+        return false;
+      }
       samples.push_back(sample);
       p = feed ? feed + 1 : end;
     }

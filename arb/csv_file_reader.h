@@ -25,9 +25,14 @@ public:
   int64_t read(Sample* destination, int count) override;
 
   const std::vector<Sample>& data() const { return samples; }
+  // Why the last open stopped early: "Invalid sample count on line %d" for a line without
+  // exactly two fields, "Invalid value on line %d" for a field that isn't a number, lines
+  // counted from 1; empty after a whole read or an open that found no file.
+  const QString& errorText() const { return error; }
 
 private:
   bool opened = false;
+  QString error;
   std::vector<Sample> samples;
   int64_t position = 0;
 };

@@ -41,9 +41,16 @@ TEST(CSVFileReader, ABadLineEndsTheReading) {
   const struct {
     QByteArray text;
     int64_t kept;
+    QString error;
   } cases[] = {
-      {"1,2\n1,2,3\n4,5\n", 1}, {"1,2\n3;4\n", 1},   {"1,2\n\n3,4\n", 1}, {"1,abc\n", 0},
-      {"1,1e39\n", 0},          {"1,2\n++1,2\n", 1}, {"0x1,2\n", 0},      {",\n", 0},
+      {"1,2\n1,2,3\n4,5\n", 1, "Invalid sample count on line 2"},
+      {"1,2\n3;4\n", 1, "Invalid sample count on line 2"},
+      {"1,2\n\n3,4\n", 1, "Invalid sample count on line 2"},
+      {"1,abc\n", 0, "Invalid value on line 1"},
+      {"1,1e39\n", 0, "Invalid value on line 1"},
+      {"1,2\n3,4\n++1,2\n", 2, "Invalid value on line 3"},
+      {"0x1,2\n", 0, "Invalid value on line 1"},
+      {",\n", 0, "Invalid value on line 1"},
   };
   for (const auto& c : cases) {
     CsvFile file(c.text);
@@ -51,11 +58,13 @@ TEST(CSVFileReader, ABadLineEndsTheReading) {
     EXPECT_FALSE(reader.open(file.path)) << c.text.left(20).constData();
     EXPECT_FALSE(reader.isOpen());
     EXPECT_EQ(reader.sampleCount(), c.kept) << c.text.left(20).constData();
+    EXPECT_EQ(reader.errorText(), c.error);
   }
   CsvFile empty("");
   CSVFileReader reader;
   EXPECT_TRUE(reader.open(empty.path));
   EXPECT_EQ(reader.sampleCount(), 0);
+  EXPECT_TRUE(reader.errorText().isEmpty());
   EXPECT_FALSE(reader.open(empty.dir.filePath("missing.csv")));
   EXPECT_FALSE(reader.open(empty.dir.path())) << "a directory";
 }
