@@ -88,6 +88,7 @@ public:
   void flushAndWait() override;
   bool connectionLost() override;
   void setOutputReady() override;
+  void setStatusText(const QString& text) override { emit updateStatusBarModeSignal(text); }
   void showProgress() override { emit showProgressDialogSignal(); }
   void setProgress(int percent) override { emit setProgressPercentSignal(percent); }
   void hideProgress() override { emit hideProgressDialogSignal(); }

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdint>
 
+class QString;
 class Scpi;
 
 // The controller implements it; a unit's generator and row handlers see nothing else of it.
@@ -49,6 +50,10 @@ public:
   virtual bool connectionLost() = 0;
   // Counts the output as ready for "*OPC" now.
   virtual void setOutputReady() = 0;
+
+  // Replaces the mode's name in the status bar, queued to the user interface thread: what a
+  // generator that plays nothing says instead.
+  virtual void setStatusText(const QString& text) = 0;
 
   // The build-progress dialog, queued to the user interface thread.
   virtual void showProgress() = 0;

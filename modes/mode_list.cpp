@@ -2,6 +2,7 @@
 // Every mode unit of the instrument, in the order of the mode list.
 #include "modes/mode_list.h"
 
+#include "arb/arb_mode/arb_unit.h"
 #include "digital/digital_mod/digital_mod_unit.h"
 #include "modes/am_fm/am_fm_unit.h"
 #include "modes/awgn/awgn_unit.h"
@@ -18,4 +19,5 @@ void registerModeUnits(ModeRegistry& registry) {
   registerRampSweepMode(registry);
   registerAwgnMode(registry);
   registerDigitalModMode(registry);
+  registerArbMode(registry);
 }

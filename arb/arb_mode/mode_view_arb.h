@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+// The arbitrary waveform view (mode 13): a waveform held in memory, its play range and scale.
+#pragma once
+
+#include "arb/arb_builder.h"
+#include "modes/mode_widget.h"
+
+#include <QString>
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+class DoubleEdit;
+class FrequencyEdit;
+class IntLineEdit;
+class MyComboBox;
+class QCheckBox;
+class QLabel;
+
+// What the generator plays, copied from the view at its start.
+struct ArbInfo {
+  bool loaded = false;
+  QString name;  // file name without directory, "Custom" for samples sent by remote command
+  double sampleRate = 5e7;
+  int fileLength = 0;  // samples in memory
+  int period = 0;
+  int sampleOffset = 0;
+  int samplesToUse = 0;
+  // Shared, never changed once loaded: a copy of the info costs no copy of the samples.
+  std::shared_ptr<const std::vector<Sample>> samples;
+  QString parseError;  // why a CSV load stopped early; shown nowhere
+};
+
+// The waveform and its range sit under a lock: a load may replace them while a generator
+// still copies them. Setters clamp, refresh the labels and emit updated().
+class ModeViewArb : public ModeWidget {
+  Q_OBJECT
+
+public:
+  static constexpr double minSampleRate = 12500.0;
+  static constexpr double maxSampleRate = 54e6;
+  static constexpr double minReferenceScale = 0.01;  // %
+  static constexpr double maxReferenceScale = 1e6;
+  static constexpr int maxPeriod = 100000000;
+
+  explicit ModeViewArb(QWidget* parent = nullptr);
+
+  // Safe on the streaming thread.
+  ArbInfo getArbInfo() const;
+  int triggerMode() const;
+  bool autoScaling() const;
+  double referenceScale() const;  // %
+  bool outputSignalAverage() const;
+  ArbPlaySettings playSettings(const ArbInfo& info) const;
+
+  // The loaders of the dialog path and the remote rows: each replaces what is loaded.
+  // CSV: a bad line ends the reading quietly and the samples before it play.
+  void loadCsv(const QString& path);
+  // Takes the samples as they are, named "Custom".
+  void loadSamples(std::vector<Sample> samples);
+
+  void setDefaults() override;
+  // Group "ARB": "TriggerType", "SampleRate", "Period"; the waveform is not part of a preset.
+  void saveSettings(QSettings* settings) override;
+  void loadSettings(QSettings* settings) override;
+
+public slots:
+  void triggerModeIndexChanged(int index);
+  void setSampleRate(double rate);
+  void setReferenceScale(double percent);
+  void setAutoScaling(bool enabled);
+  void setOutputSignalAverage(bool enabled);
+  void setPeriod(int period);
+  void setSampleOffset(int offset);
+  void setSamplesToUse(int count);
+  // The "Load" box's row: its value picks the file kind; the box goes back to its empty row.
+  void loadWaveformPressed(int row);
+  void unloadFileButtonPressed();
+  void unloadFile();
+
+private:
+  void addControls();
+  // Stores a whole waveform as loaded from `name`, its range the whole of it.
+  void takeWaveform(const QString& name, std::vector<Sample> samples, const QString& error = {});
+  // Brings the period within samples to use .. maxPeriod; true when it moved.
+  bool clampPeriod();
+  void refreshLabels();
+
+  mutable std::mutex lock;
+  ArbInfo info;
+
+  MyComboBox* triggerCombo;
+  FrequencyEdit* sampleRateEdit;
+  QCheckBox* autoScaleCheck;
+  DoubleEdit* referenceScaleEdit;
+  QCheckBox* averageCheck;
+  IntLineEdit* periodEdit;
+  IntLineEdit* offsetEdit;
+  IntLineEdit* samplesToUseEdit;
+  MyComboBox* loadCombo;
+  QLabel* fileNameLabel;
+  QLabel* fileSamplesLabel;
+  QLabel* signalLengthLabel;
+  QLabel* periodLengthLabel;
+};
