@@ -2,6 +2,7 @@
 // The arbitrary waveform view (mode 13): a waveform held in memory, its play range and scale.
 #include "arb/arb_mode/mode_view_arb.h"
 
+#include "arb/arb_config.h"
 #include "arb/csv_file_reader.h"
 #include "modes/mode_types.h"
 #include "shell/error_queue.h"
@@ -274,6 +275,18 @@ void ModeViewArb::unloadFile() {
   }
   refreshLabels();
   emit updated();
+}
+
+void ModeViewArb::saveConfigPressed() {
+  const ArbInfo arb = getArbInfo();
+  if (!arb.loaded) {
+    showWarning(this, "File Not Loaded",
+                "Unable to save configuration. No waveform is currently loaded.");
+    return;
+  }
+  const QString path = saveFileName("Arb File", "Arb Files (*.csv *.txt)", this);
+  if (!path.isEmpty() && arb.samples)
+    writeArbConfig(path, arb.sampleRate, arb.period, *arb.samples);
 }
 
 // ---- Labels and presets --------------------------------------------------------------------

@@ -78,6 +78,8 @@ public slots:
   void loadWaveformPressed(int row);
   void unloadFileButtonPressed();
   void unloadFile();
+  // Saves the waveform with its rate and period; no control is connected to it.
+  void saveConfigPressed();
 
 private:
   void addControls();

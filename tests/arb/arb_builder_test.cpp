@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The arb play period: range, scale, level by the mean power without the padding, zeros.
 #include "arb/arb_builder.h"
+#include "arb/arb_config.h"
+
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -55,6 +59,17 @@ TEST(ArbBuilder, EdgesOfTheRange) {
     s.samplesToUse = use;
     EXPECT_TRUE(buildArbPlayback(Samples(3, {1, 1}), s).samples.empty()) << offset << " " << use;
   }
+}
+
+// The saved waveform: rate and period, then each float in its shortest exact form.
+TEST(ArbConfig, WritesRateAndPeriodThenTheSamples) {
+  QTemporaryDir dir;
+  const QString path = dir.filePath("arb.csv");
+  ASSERT_TRUE(writeArbConfig(path, 5e7, 3, {{0.1f, -2.0f}, {1e-7f, 0.0f}}));
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  EXPECT_EQ(file.readAll(), "SampleRate,5e+07\nPeriod,3\n0.1,-2\n1e-07,0\n");
+  EXPECT_FALSE(writeArbConfig(dir.filePath("no/such/dir.csv"), 5e7, 3, {}));
 }
 
 }  // namespace
