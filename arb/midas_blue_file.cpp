@@ -103,13 +103,9 @@ bool MidasBlueFile::printRecord(int64_t at, int64_t length) {
   return true;
 }
 
-double MidasBlueFile::sampleRate() const {
-  return handle ? 1.0 / f64(header + 256 + 8) : 0.0;
-}
+double MidasBlueFile::sampleRate() const { return handle ? 1.0 / f64(header + 256 + 8) : 0.0; }
 
-int MidasBlueFile::sampleSize() const {
-  return kind() == 'F' ? 8 : kind() == 'D' ? 16 : 4;
-}
+int MidasBlueFile::sampleSize() const { return kind() == 'F' ? 8 : kind() == 'D' ? 16 : 4; }
 
 int64_t MidasBlueFile::read(Sample* destination, int64_t first, int64_t want) {
   if (!handle || !destination || first < 0 || first >= count || want < 1) return 0;
@@ -124,7 +120,7 @@ int64_t MidasBlueFile::read(Sample* destination, int64_t first, int64_t want) {
   const size_t got = std::fread(raw.data(), 4, static_cast<size_t>(want), handle);
   const double scale = 1.0 / 32767.0;
   for (size_t i = 0; i < got; ++i)
-    destination[i] = Sample(static_cast<float>(raw[2 * i] * scale),
-                            static_cast<float>(raw[2 * i + 1] * scale));
+    destination[i] =
+        Sample(static_cast<float>(raw[2 * i] * scale), static_cast<float>(raw[2 * i + 1] * scale));
   return static_cast<int64_t>(got);
 }

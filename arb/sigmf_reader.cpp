@@ -48,26 +48,31 @@ bool SigMFReader::open(const QString& path) {
   const QString base = baseName(path);
   if (!readMeta(base + metaSuffix)) return false;
   samples = readerFor(type);
-  if (!samples->open(base + dataSuffix)) return fail(QStringLiteral("SigMF data: unable to open file"));
+  if (!samples->open(base + dataSuffix))
+    return fail(QStringLiteral("SigMF data: unable to open file"));
   return true;
 }
 
 // Parsed without exceptions: a malformed meta is a value to report, not a throw.
 bool SigMFReader::readMeta(const QString& metaPath) {
   QFile file(metaPath);
-  if (!file.open(QIODevice::ReadOnly)) return fail(QStringLiteral("SigMF meta: unable to open file"));
+  if (!file.open(QIODevice::ReadOnly))
+    return fail(QStringLiteral("SigMF meta: unable to open file"));
   const QByteArray text = file.readAll();
-  const auto meta = nlohmann::json::parse(text.constData(), text.constData() + text.size(),
-                                          nullptr, false);
+  const auto meta =
+      nlohmann::json::parse(text.constData(), text.constData() + text.size(), nullptr, false);
   if (meta.is_discarded()) return fail(QStringLiteral("SigMF meta: not valid JSON"));
   if (!meta.is_object() || !meta.contains("global") || !meta["global"].is_object())
     return fail(QStringLiteral("SigMF meta: missing key global"));
   const auto& global = meta["global"];
   const auto datatype = global.find("core:datatype");
-  if (datatype == global.end()) return fail(QStringLiteral("SigMF meta: missing key global/core:datatype"));
-  if (!datatype->is_string()) return fail(QStringLiteral("SigMF meta: invalid key global/core:datatype"));
+  if (datatype == global.end())
+    return fail(QStringLiteral("SigMF meta: missing key global/core:datatype"));
+  if (!datatype->is_string())
+    return fail(QStringLiteral("SigMF meta: invalid key global/core:datatype"));
   type = QString::fromStdString(datatype->get<std::string>());
-  if (!readerFor(type)) return fail(QStringLiteral("SigMF meta: unsupported datatype %1").arg(type));
+  if (!readerFor(type))
+    return fail(QStringLiteral("SigMF meta: unsupported datatype %1").arg(type));
   const auto channels = global.find("core:num_channels");
   if (channels != global.end() && !(channels->is_number_unsigned() && *channels == 1))
     return fail(QStringLiteral("SigMF meta: unsupported key global/core:num_channels"));
