@@ -26,9 +26,9 @@ bool seekTo(std::FILE* f, int64_t at) { return fseeko(f, static_cast<off_t>(at),
 
 int MidasBlueFile::open(const QString& path) {
   if (handle) return -1;
+  count = 0;
   handle = std::fopen(QFile::encodeName(path).constData(), "rb");
   if (!handle) return -1;
-  count = 0;
   if (std::fread(header, 1, sizeof header, handle) != sizeof header || !headerValid()) {
     close();
     return -1;
@@ -42,7 +42,7 @@ void MidasBlueFile::close() {
   handle = nullptr;
 }
 
-// The rules in the order they are checked; then the data window, which must lie in the file.
+// The header rules in their order; then the data window, whose two doubles must be sizes.
 bool MidasBlueFile::headerValid() {
   if (std::memcmp(header, "BLUE", 4) != 0 || std::memcmp(header + 4, "EEEI", 4) != 0 ||
       std::memcmp(header + 8, "EEEI", 4) != 0 || i32(header + 12) != 0 ||
