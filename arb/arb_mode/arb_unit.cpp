@@ -89,6 +89,16 @@ void handleArbRow(ModeViewArb& view, ModeHost& host, Scpi& command, int row) {
     case 164:
       if (command.nextString(text)) view.loadCsv(text);
       break;
+    // 165 and 166 can never match (a keyword ending in a digit); kept as the table has them.
+    case 165:
+      if (command.nextString(text)) view.loadBin16(text);
+      break;
+    case 166:
+      if (command.nextString(text)) view.loadBin32(text);
+      break;
+    case 167:
+      if (command.nextString(text)) view.loadMidas(text);
+      break;
     case 168: loadAsciiPairs(view, command); break;
     case 169: command.nextBlock(block); break;  // read and thrown away: nothing is loaded
     case 170: addBoolResponse(command, view.getArbInfo().loaded); break;

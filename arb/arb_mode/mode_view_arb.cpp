@@ -3,7 +3,12 @@
 #include "arb/arb_mode/mode_view_arb.h"
 
 #include "arb/arb_config.h"
+#include "arb/binary_file_16sc.h"
+#include "arb/binary_file_32fc.h"
 #include "arb/csv_file_reader.h"
+#include "arb/midas_blue_file.h"
+#include "arb/sigmf_reader.h"
+#include "arb/wav_reader.h"
 #include "modes/mode_types.h"
 #include "shell/error_queue.h"
 #include "shell/file_dialogs.h"
@@ -33,9 +38,19 @@ struct LoadRow {
   const char* title;
 };
 
+// Value 9 goes beyond the instrument's list: SigMF is how most SDR tools exchange I/Q today.
 const LoadRow loadRows[] = {
     {1, "I/Q CSV", "CSV I/Q File (*.csv *.txt)", "CSV I/Q File"},
+    {2, "I/Q binary (16-bit int complex)", "Binary (*.bin *.dat *.iq *.raw)",
+     "Binary 16-bit complex int I/Q File"},
+    {3, "I/Q binary (32-bit float complex)", "Binary (*.bin *.dat *.iq *.raw)",
+     "Binary 32-bit complex float I/Q File"},
+    {4, "Midas Blue", "Blue Files (*.tmp *.prm)", "Blue Files"},
+    {7, "WAV", "WAV Files (*.wav)", "WAV File"},
+    {9, "SigMF", "SigMF Recording (*.sigmf-meta *.sigmf-data)", "SigMF Recording"},
 };
+
+constexpr int readBlock = 1 << 20;  // samples a read
 
 const LoadRow* loadRowOf(int value) {
   for (const LoadRow& row : loadRows)
@@ -232,7 +247,80 @@ void ModeViewArb::loadWaveformPressed(int row) {
   }
   const QString path = openFileName(load->title, load->filter, this);
   if (path.isEmpty()) return;
-  if (value == 1) loadCsv(path);
+  switch (value) {
+    case 1: loadCsv(path); break;
+    case 2: loadBin16(path); break;
+    case 3: loadBin32(path); break;
+    case 4: loadMidas(path); break;
+    case 7: loadWav(path); break;
+    case 9: loadSigmf(path); break;
+    default: break;
+  }
+}
+
+bool ModeViewArb::takeAll(IQFileReader& reader, const QString& path) {
+  const int64_t count = std::min<int64_t>(reader.sampleCount(), maxPeriod);
+  if (count <= 0) return false;
+  std::vector<Sample> samples(static_cast<size_t>(count));
+  int64_t done = 0;
+  while (done < count) {
+    const int64_t got = reader.read(samples.data() + done,
+                                    static_cast<int>(std::min<int64_t>(readBlock, count - done)));
+    if (got <= 0) break;
+    done += got;
+  }
+  samples.resize(static_cast<size_t>(done));
+  takeWaveform(QFileInfo(path).fileName(), std::move(samples));
+  return true;
+}
+
+void ModeViewArb::loadBin16(const QString& path) {
+  BinaryFile16sc reader;
+  if (reader.open(path)) takeAll(reader, path);
+}
+
+void ModeViewArb::loadBin32(const QString& path) {
+  BinaryFile32fc reader;
+  if (reader.open(path)) takeAll(reader, path);
+}
+
+void ModeViewArb::loadWav(const QString& path) {
+  WavReader reader;
+  if (reader.open(path)) takeAll(reader, path);
+}
+
+void ModeViewArb::loadMidas(const QString& path) {
+  MidasBlueFile file;
+  if (file.open(path) != 0) {
+    showWarning(this, "Error", "Unable to open Midas Blue file");
+    return;
+  }
+  const double rate = file.sampleRate();
+  if (!(rate >= minSampleRate && rate <= maxSampleRate)) {
+    showWarning(this, "Error", "Invalid sample rate");
+    return;
+  }
+  const int64_t count = std::min<int64_t>(file.sampleCount(), maxPeriod);
+  if (count <= 0) {
+    showWarning(this, "Error", "Invalid sample count");
+    return;
+  }
+  std::vector<Sample> samples(static_cast<size_t>(count));
+  file.read(samples.data(), 0, count);  // a kind it can't read leaves zeros
+  {
+    const std::lock_guard<std::mutex> hold(lock);
+    info.sampleRate = rate;
+  }
+  takeWaveform(QFileInfo(path).fileName(), std::move(samples));
+}
+
+void ModeViewArb::loadSigmf(const QString& path) {
+  SigMFReader reader;
+  if (!reader.open(path)) {
+    showWarning(this, "Error", reader.errorText());
+    return;
+  }
+  if (takeAll(reader, path) && reader.sampleRate() > 0.0) setSampleRate(reader.sampleRate());
 }
 
 void ModeViewArb::loadCsv(const QString& path) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 class DoubleEdit;
+class IQFileReader;
 class FrequencyEdit;
 class IntLineEdit;
 class MyComboBox;
@@ -57,6 +58,15 @@ public:
   // The loaders of the dialog path and the remote rows: each replaces what is loaded.
   // CSV: a bad line ends the reading quietly and the samples before it play.
   void loadCsv(const QString& path);
+  // Raw 16-bit or float pairs: a file that won't open or holds no sample changes nothing.
+  void loadBin16(const QString& path);
+  void loadBin32(const QString& path);
+  // WAV: a file the reader refuses changes nothing, quietly.
+  void loadWav(const QString& path);
+  // Midas Blue: the file's sample rate becomes the mode's; a refusal is shown in a box.
+  void loadMidas(const QString& path);
+  // A SigMF recording: its "core:sample_rate" becomes the mode's; a refusal names the key.
+  void loadSigmf(const QString& path);
   // Takes the samples as they are, named "Custom".
   void loadSamples(std::vector<Sample> samples);
 
@@ -83,6 +93,8 @@ public slots:
 
 private:
   void addControls();
+  // Every sample of an open reader, at most maxPeriod; then the waveform named after `path`.
+  bool takeAll(IQFileReader& reader, const QString& path);
   // Stores a whole waveform as loaded from `name`, its range the whole of it.
   void takeWaveform(const QString& name, std::vector<Sample> samples, const QString& error = {});
   // Brings the period within samples to use .. maxPeriod; true when it moved.

@@ -4,6 +4,7 @@
 #include "arb/arb_mode/mode_view_arb.h"
 #include "modes/unit_panel_test.h"
 #include "shell/error_queue.h"
+#include "support/warnings.h"
 
 #include <QFile>
 
@@ -75,6 +76,34 @@ TEST_F(ArbUnitTest, PlaysTheRangePaddedToThePeriod) {
   client.command("*TRG");
   ASSERT_TRUE(waitUntil([&] { return !played({"krtFlushAndWait"}).empty(); }));
   EXPECT_EQ(played({"krtSubmitIQ"}), (Calls{{"krtSubmitIQ", 4}})) << "one period less a sample";
+}
+
+// Each loader replaces the waveform with the file's samples at the format's scale; the SigMF
+// rate becomes the mode's, a refused file is said in a box and changes nothing.
+TEST_F(ArbUnitTest, FileLoadersTakeTheFilesSamples) {
+  const auto write = [&](const char* name, const QByteArray& bytes) {
+    QFile file(dir.filePath(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    return file.fileName();
+  };
+  const QByteArray int16 = QByteArray::fromHex("00400080ffff0000");    // 16384, -32768, -1, 0
+  const QByteArray float32 = QByteArray::fromHex("0000003f000080bf");  // 0.5, -1
+  view->loadBin16(write("a.bin", int16));
+  EXPECT_EQ(*view->getArbInfo().samples, (std::vector<Sample>{{0.5f, -1.0f}, {-1.0f / 32768, 0}}));
+  view->loadBin32(write("b.raw", float32));
+  EXPECT_EQ(*view->getArbInfo().samples, (std::vector<Sample>{{0.5f, -1.0f}}));
+  write("c.sigmf-data", float32 + float32);
+  view->loadSigmf(write("c.sigmf-meta", R"({"global": {"core:datatype": "cf32_le",
+      "core:sample_rate": 2500000, "core:version": "1.0.0"}, "captures": [], "annotations": []})"));
+  EXPECT_EQ(view->getArbInfo().samples->size(), 2u);
+  EXPECT_EQ(view->getArbInfo().sampleRate, 2.5e6);
+  EXPECT_EQ(view->getArbInfo().name, "c.sigmf-meta");
+  Warnings warnings;
+  view->loadSigmf(write("d.sigmf-meta", R"({"global": {"core:sample_rate": 1e6}})"));
+  view->loadMidas(write("e.tmp", "BLUE"));
+  EXPECT_EQ(warnings.shown, QStringList({"Error: SigMF meta: missing key global/core:datatype",
+                                         "Error: Unable to open Midas Blue file"}));
+  EXPECT_EQ(view->getArbInfo().name, "c.sigmf-meta");
 }
 
 TEST_F(ArbUnitTest, PresetGroup) {
