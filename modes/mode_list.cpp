@@ -3,6 +3,7 @@
 #include "modes/mode_list.h"
 
 #include "arb/arb_mode/arb_unit.h"
+#include "arb/streaming/streaming_unit.h"
 #include "digital/digital_mod/digital_mod_unit.h"
 #include "modes/am_fm/am_fm_unit.h"
 #include "modes/awgn/awgn_unit.h"
@@ -20,4 +21,5 @@ void registerModeUnits(ModeRegistry& registry) {
   registerAwgnMode(registry);
   registerDigitalModMode(registry);
   registerArbMode(registry);
+  registerStreamingMode(registry);
 }
