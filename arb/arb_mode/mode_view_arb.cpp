@@ -3,6 +3,7 @@
 #include "arb/arb_mode/mode_view_arb.h"
 
 #include "arb/arb_config.h"
+#include "arb/arb_view_support.h"
 #include "arb/binary_file_16sc.h"
 #include "arb/binary_file_32fc.h"
 #include "arb/csv_file_reader.h"
@@ -31,13 +32,6 @@
 
 namespace {
 
-struct LoadRow {
-  int value;
-  const char* text;
-  const char* filter;
-  const char* title;
-};
-
 // Value 9 goes beyond the instrument's list: SigMF is how most SDR tools exchange I/Q today.
 const LoadRow loadRows[] = {
     {1, "I/Q CSV", "CSV I/Q File (*.csv *.txt)", "CSV I/Q File"},
@@ -51,20 +45,6 @@ const LoadRow loadRows[] = {
 };
 
 constexpr int readBlock = 1 << 20;  // samples a read
-
-const LoadRow* loadRowOf(int value) {
-  for (const LoadRow& row : loadRows)
-    if (row.value == value) return &row;
-  return nullptr;
-}
-
-// Clamps into [low, high], logging `message` with code -1 when the value moved.
-template <class T>
-T clampLogged(T value, T low, T high, const char* message) {
-  const T clamped = std::clamp(value, low, high);
-  if (clamped != value) errorLogPut(-1, message);
-  return clamped;
-}
 
 }  // namespace
 
@@ -157,8 +137,8 @@ void ModeViewArb::triggerModeIndexChanged(int index) {
 }
 
 void ModeViewArb::setSampleRate(double rate) {
-  if (std::isnan(rate)) rate = sampleRateEdit->value();
-  rate = clampLogged(rate, minSampleRate, maxSampleRate, "Arb sample rate clamped");
+  rate = clampLogged(rate, minSampleRate, maxSampleRate, sampleRateEdit->value(),
+                     "Arb sample rate clamped");
   sampleRateEdit->setValue(rate);
   {
     const std::lock_guard<std::mutex> hold(lock);
@@ -169,9 +149,8 @@ void ModeViewArb::setSampleRate(double rate) {
 }
 
 void ModeViewArb::setReferenceScale(double percent) {
-  if (std::isnan(percent)) percent = referenceScale();
-  referenceScaleEdit->setValue(
-      clampLogged(percent, minReferenceScale, maxReferenceScale, "Arb I/Q scale clamped"));
+  referenceScaleEdit->setValue(clampLogged(percent, minReferenceScale, maxReferenceScale,
+                                           referenceScale(), "Arb I/Q scale clamped"));
   refreshLabels();
   emit updated();
 }
@@ -239,7 +218,7 @@ void ModeViewArb::setSamplesToUse(int count) {
 void ModeViewArb::loadWaveformPressed(int row) {
   const int value = loadCombo->itemData(row).toInt();
   loadCombo->setCurrentIndex(0);
-  const LoadRow* load = loadRowOf(value);
+  const LoadRow* load = findLoadRow(loadRows, value);
   if (!load) return;
   if (getArbInfo().loaded) {
     showWarning(this, "Error", "File already loaded into software.");

@@ -2,6 +2,7 @@
 // The streaming view (mode 19): an ordered list of files played block by block without end.
 #include "arb/streaming/mode_view_streaming.h"
 
+#include "arb/arb_view_support.h"
 #include "arb/binary_file_16sc.h"
 #include "arb/binary_file_32fc.h"
 #include "arb/wav_reader.h"
@@ -27,13 +28,6 @@
 
 namespace {
 
-struct LoadRow {
-  int value;
-  const char* text;
-  const char* filter;
-  const char* title;
-};
-
 // The binary filter has no dots, as the instrument always showed it.
 const LoadRow loadRows[] = {
     {2, "I/Q binary (16-bit int complex)", "Binary (*bin *dat *iq *raw)",
@@ -42,13 +36,6 @@ const LoadRow loadRows[] = {
      "Binary 32-bit complex float I/Q File"},
     {7, "WAV", "WAV Files (*.wav)", "WAV File"},
 };
-
-double clampLogged(double value, double low, double high, double current, const char* message) {
-  if (std::isnan(value)) return current;
-  const double clamped = std::clamp(value, low, high);
-  if (clamped != value) errorLogPut(-1, message);
-  return clamped;
-}
 
 }  // namespace
 
@@ -127,9 +114,8 @@ void ModeViewStreaming::setIQScale(double percent) {
 void ModeViewStreaming::loadWaveformPressed(int row) {
   const int value = loadCombo->itemData(row).toInt();
   loadCombo->setCurrentIndex(0);
-  const auto load = std::find_if(std::begin(loadRows), std::end(loadRows),
-                                 [value](const LoadRow& r) { return r.value == value; });
-  if (load == std::end(loadRows)) return;
+  const LoadRow* load = findLoadRow(loadRows, value);
+  if (!load) return;
   addFiles(value, openFileNames(load->title, load->filter, this));
   emit updated();
 }
