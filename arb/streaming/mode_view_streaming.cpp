@@ -5,6 +5,7 @@
 #include "arb/arb_view_support.h"
 #include "arb/binary_file_16sc.h"
 #include "arb/binary_file_32fc.h"
+#include "arb/sigmf_reader.h"
 #include "arb/wav_reader.h"
 #include "shell/error_queue.h"
 #include "shell/file_dialogs.h"
@@ -28,13 +29,15 @@
 
 namespace {
 
-// The binary filter has no dots, as the instrument always showed it.
+// The binary filter has no dots, as the instrument always showed it. SigMF (9) goes beyond the
+// instrument's list: it is how most SDR tools exchange I/Q today.
 const LoadRow loadRows[] = {
     {2, "I/Q binary (16-bit int complex)", "Binary (*bin *dat *iq *raw)",
      "Binary 16-bit complex int I/Q File"},
     {3, "I/Q binary (32-bit float complex)", "Binary (*bin *dat *iq *raw)",
      "Binary 32-bit complex float I/Q File"},
     {7, "WAV", "WAV Files (*.wav)", "WAV File"},
+    {9, "SigMF", "SigMF Recording (*.sigmf-meta *.sigmf-data)", "SigMF Recording"},
 };
 
 }  // namespace
@@ -44,6 +47,7 @@ std::unique_ptr<IQFileReader> streamReaderFor(int fileType) {
     case 2: return std::make_unique<BinaryFile16sc>();
     case 3: return std::make_unique<BinaryFile32fc>();
     case 7: return std::make_unique<WavReader>();
+    case 9: return std::make_unique<SigMFReader>();
     default: return nullptr;
   }
 }
@@ -127,6 +131,9 @@ void ModeViewStreaming::addFiles(int fileType, const QStringList& paths) {
       showWarning(this, "Error Encountered", "Unable to open " + path + ". Skipping.");
       continue;
     }
+    // A recording's own rate becomes the mode's, the first file's when there are several.
+    const auto* sigmf = dynamic_cast<const SigMFReader*>(reader.get());
+    if (sigmf && entries.empty() && sigmf->sampleRate() > 0.0) setSampleRate(sigmf->sampleRate());
     const StreamFileEntry entry{nextId++, path, fileType, reader->sampleCount()};
     entries.push_back(entry);
     auto* item = new QListWidgetItem(

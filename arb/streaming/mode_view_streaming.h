@@ -26,7 +26,7 @@ struct StreamFileEntry {
   int64_t sampleCount = 0;  // at the time of loading
 };
 
-// A reader of a list row's type: 2 raw 16-bit, 3 raw 32-bit, 7 WAV; null for another type.
+// A reader of a list row's type: 2 raw 16-bit, 3 raw 32-bit, 7 WAV, 9 SigMF; null for another.
 std::unique_ptr<IQFileReader> streamReaderFor(int fileType);
 
 // The list widget's order is the order of play. Setters clamp with a logged message, refresh
@@ -49,7 +49,7 @@ public:
   double iqScale() const;  // %
 
   // Adds the files of `paths` that a reader of `fileType` opens; each other one is said in a
-  // box and skipped.
+  // box and skipped. A SigMF recording added to an empty list brings its sample rate.
   void addFiles(int fileType, const QStringList& paths);
 
   void setDefaults() override;

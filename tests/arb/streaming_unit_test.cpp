@@ -62,6 +62,20 @@ TEST_F(StreamingUnitTest, BlocksRunFromFileToFileInTheListsOrder) {
   EXPECT_EQ(played({"krtSubmitIQ"})[2], block(234));
 }
 
+// A SigMF recording plays like the raw files, and the first one brings its rate.
+TEST_F(StreamingUnitTest, SigmfRecordingsBringTheirRate) {
+  rawFile("r.sigmf-data", 700);
+  QFile meta(dir.filePath("r.sigmf-meta"));
+  ASSERT_TRUE(meta.open(QIODevice::WriteOnly));
+  meta.write(R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 25000,
+                 "core:version": "1.0.0"}, "captures": [], "annotations": []})");
+  meta.close();
+  view->addFiles(9, {meta.fileName()});
+  EXPECT_EQ(view->sampleRate(), 25000.0);
+  ASSERT_EQ(view->getFileList().size(), 1u);
+  EXPECT_EQ(view->getFileList()[0].sampleCount, 700);
+}
+
 TEST_F(StreamingUnitTest, ClampsAndPresetGroup) {
   view->setSampleRate(1e9);
   view->setIQScale(0.0);
