@@ -113,9 +113,15 @@ ArbInfo ModeViewArb::getArbInfo() const {
 }
 
 int ModeViewArb::triggerMode() const { return triggerCombo->currentValue(); }
-bool ModeViewArb::autoScaling() const { return autoScaleCheck->isChecked(); }
+bool ModeViewArb::autoScaling() const {
+  const std::lock_guard<std::mutex> hold(lock);
+  return autoScale;
+}
 double ModeViewArb::referenceScale() const { return referenceScaleEdit->value(); }
-bool ModeViewArb::outputSignalAverage() const { return averageCheck->isChecked(); }
+bool ModeViewArb::outputSignalAverage() const {
+  const std::lock_guard<std::mutex> hold(lock);
+  return average;
+}
 
 ArbPlaySettings ModeViewArb::playSettings(const ArbInfo& arb) const {
   ArbPlaySettings s;
@@ -157,12 +163,20 @@ void ModeViewArb::setReferenceScale(double percent) {
 
 void ModeViewArb::setAutoScaling(bool enabled) {
   autoScaleCheck->setChecked(enabled);
+  {
+    const std::lock_guard<std::mutex> hold(lock);
+    autoScale = enabled;
+  }
   refreshLabels();
   emit updated();
 }
 
 void ModeViewArb::setOutputSignalAverage(bool enabled) {
   averageCheck->setChecked(enabled);
+  {
+    const std::lock_guard<std::mutex> hold(lock);
+    average = enabled;
+  }
   emit updated();
 }
 

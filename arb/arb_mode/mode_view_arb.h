@@ -103,6 +103,9 @@ private:
 
   mutable std::mutex lock;
   ArbInfo info;
+  // The check boxes as the streaming thread reads them: a box isn't safe to read off its thread.
+  bool autoScale = true;
+  bool average = true;
 
   MyComboBox* triggerCombo;
   FrequencyEdit* sampleRateEdit;
