@@ -3,6 +3,7 @@
 #include "digital/fsk_builder.h"
 
 #include "digital/modulation_map.h"
+#include "digital/pulse_shaping.h"
 #include "dsp/interpolate_circular.h"
 
 #include <algorithm>
@@ -30,11 +31,8 @@ Waveform buildFsk(const FskSettings& settings) {
   Waveform wave;
   const int k = fskBitsPerSymbol(settings.mod), os = settings.oversample;
   const std::vector<uint32_t> symbols = symbolsFromBits(settings.bits, k);
-  double sum = 0.0;
-  for (float t : settings.taps) sum += t;
-  if (symbols.empty() || os < 1 || !(sum != 0.0) || !std::isfinite(sum)) return wave;
-  std::vector<float> taps;
-  for (float t : settings.taps) taps.push_back(static_cast<float>(t * (os / sum)));
+  const std::vector<float> taps = playbackTaps(settings.taps, os);
+  if (symbols.empty() || os < 1 || taps.empty()) return wave;
 
   const double rate = settings.symbolRateHz * os;
   const double a = settings.deviationHz / rate;  // cycles a sample

@@ -3,6 +3,7 @@
 #include "digital/linear_mod_builder.h"
 
 #include "digital/bit_sources.h"
+#include "digital/pulse_shaping.h"
 #include "dsp/interpolate_circular.h"
 
 #include <algorithm>
@@ -43,17 +44,6 @@ Rails railsOf(const ModulationMap& map, const std::vector<Sample>& states,
     rails.push(states[static_cast<size_t>(state)]);
   }
   return rails;
-}
-
-// Taps scaled to sum to the oversample, so that a long run of one symbol reaches its point
-// after zero stuffing; empty when they sum to nothing.
-std::vector<float> playbackTaps(const std::vector<float>& taps, int oversample) {
-  double sum = 0.0;
-  for (float t : taps) sum += t;
-  if (!(sum != 0.0) || !std::isfinite(sum)) return {};
-  std::vector<float> scaled;
-  for (float t : taps) scaled.push_back(static_cast<float>(t * (oversample / sum)));
-  return scaled;
 }
 
 // Sum of I^2 + Q^2 in double, in four running sums so that the additions overlap.

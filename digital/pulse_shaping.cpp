@@ -4,6 +4,8 @@
 
 #include "digital/filter_designs.h"
 
+#include <cmath>
+
 std::vector<float> pulseShapingTaps(const PulseShapingSettings& s) {
   if (s.filterType == FilterCustom) return s.customTaps;
   const int os = s.oversample;
@@ -19,4 +21,13 @@ std::vector<float> pulseShapingTaps(const PulseShapingSettings& s) {
     default: return {};
   }
   return taps;
+}
+
+std::vector<float> playbackTaps(const std::vector<float>& taps, int oversample) {
+  double sum = 0.0;
+  for (float t : taps) sum += t;
+  if (!(sum != 0.0) || !std::isfinite(sum)) return {};
+  std::vector<float> scaled;
+  for (float t : taps) scaled.push_back(static_cast<float>(t * (oversample / sum)));
+  return scaled;
 }

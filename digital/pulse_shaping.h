@@ -27,3 +27,7 @@ struct PulseShapingSettings {
 // the custom taps as they stand, whatever their count. An unknown type or a size no view allows
 // (oversample or length below 1) gives no taps, and so no output.
 std::vector<float> pulseShapingTaps(const PulseShapingSettings& settings);
+
+// The taps scaled to sum to the oversample, so that after zero stuffing a long run of one
+// symbol reaches its value; empty when they sum to nothing (or to no number).
+std::vector<float> playbackTaps(const std::vector<float>& taps, int oversample);

@@ -401,8 +401,9 @@ void ModeViewArb::setDefaults() {
 void ModeViewArb::saveSettings(QSettings* settings) {
   settings->beginGroup("ARB");
   settings->setValue("TriggerType", triggerMode());
-  settings->setValue("SampleRate", getArbInfo().sampleRate);
-  settings->setValue("Period", getArbInfo().period);
+  const ArbInfo arb = getArbInfo();
+  settings->setValue("SampleRate", arb.sampleRate);
+  settings->setValue("Period", arb.period);
   settings->endGroup();
 }
 

@@ -49,7 +49,7 @@ void generateStreaming(const ModeViewStreaming& view, ModeHost& host) {
   const double rate = view.sampleRate();
   const int blockSize = static_cast<int>(rate / 25.0);
   if (blockSize < 1) return;
-  std::vector<Sample> block(static_cast<size_t>(blockSize)), out(block.size());
+  std::vector<Sample> block(static_cast<size_t>(blockSize));
   int64_t total = 0;
   for (const StreamFileEntry& e : entries) total += e.sampleCount;
   const float gain = static_cast<float>(view.iqScale() / 100.0);
@@ -70,8 +70,8 @@ void generateStreaming(const ModeViewStreaming& view, ModeHost& host) {
       for (int k = 0; k < got; ++k)
         block[k] = Sample(block[k].real() * gain, block[k].imag() * gain);
     if (got > 0) {
-      host.processImpairments(block.data(), out.data(), got);
-      host.submitIQ(out.data(), got);
+      host.processImpairments(block.data(), block.data(), got);  // in place: one block of memory
+      host.submitIQ(block.data(), got);
       if (host.connectionLost()) break;
     }
     // Files that vanished while playing read nothing: a whole round of them waits a little

@@ -146,6 +146,14 @@ def poll_until(inst, query, expected, seconds):
     return None
 
 
+def play(r, inst, name, seconds):
+    """RF on, wait until *ESR? reports the output running, play `seconds`, RF off."""
+    inst.write(":OUTP ON;*OPC")
+    r.check("%s output runs" % name, poll_until(inst, "*ESR?", "1", 10) is not None)
+    time.sleep(seconds)
+    inst.write(":OUTP OFF")
+
+
 def read_recording(app):
     """The recording's meta (dict), its captures sorted by start with an "end" added, and a
     function that reads samples [start, end) as a list of (I, Q) pairs."""

@@ -16,7 +16,7 @@ import time
 
 import numpy as np
 
-from krt40_e2e import open_client, poll_until, read_recording, run_e2e
+from krt40_e2e import open_client, play, poll_until, read_recording, run_e2e
 
 LEVEL = -20.0
 RATE = 1e6
@@ -44,13 +44,6 @@ def write_midas(path, iq16):
         f.write(head.ljust(512, b"\0") + data)
 
 
-def play(r, inst, name, seconds=0.05):
-    inst.write(":OUTP ON;*OPC")
-    r.check("%s output runs" % name, poll_until(inst, "*ESR?", "1", 10) is not None)
-    time.sleep(seconds)
-    inst.write(":OUTP OFF")
-
-
 def check_session(r, rm, app):
     inst = open_client(rm, app, 20)
     workdir = os.path.dirname(app.record)
@@ -63,12 +56,12 @@ def check_session(r, rm, app):
                 '"wave.csv";499')
         inst.write(":RAD:ARB:SRAT 1 MHz;:RAD:ARB:SAMP:OFFS 100;:RAD:ARB:SAMP:COUN 300")
         inst.write(":RAD:ARB:SAMP:PER 400")
-        play(r, inst, "CSV")
+        play(r, inst, "CSV", 0.05)
         write_midas(os.path.join(workdir, "wave.tmp"), [16384, -8192, 0, 32767, -100, 100])
         inst.write(':RAD:ARB:WAV:LOAD:MIDAS "%s"' % os.path.join(workdir, "wave.tmp"))
         r.equal("Midas rate and length", inst.query(":RAD:ARB:SRAT?;:RAD:ARB:WAV:LEN?"),
                 "250000;3")
-        play(r, inst, "Midas")
+        play(r, inst, "Midas", 0.05)
         inst.write(":RAD:ARB:WAV:LOAD:IQ:ASCII 0.5,0,0,0.5;:RAD:ARB:SRAT 1 MHz")
         inst.write(":RAD:ARB:SAMP:PER 3;:RAD:ARB:TRIG:TYPE SING;:OUTP ON;*OPC")
         r.check("single shot armed", poll_until(inst, "*ESR?", "1", 10) is not None)

@@ -12,11 +12,10 @@ Usage: /usr/bin/python3 test_awgn_impairments_e2e.py --app <path of krt40> [--ke
 
 import json
 import sys
-import time
 
 import numpy as np
 
-from krt40_e2e import open_client, poll_until, read_recording, run_e2e
+from krt40_e2e import open_client, play, poll_until, read_recording, run_e2e
 
 FREQUENCY = 2.4e9
 LEVEL = -20.0
@@ -25,13 +24,6 @@ RATE = 1.25e6            # 1.25 x bandwidth
 PERIOD = 250000          # 0.2 s at RATE (":RAD:AWGN:LEN 1" lands on 0.2 s)
 OFFSET_HZ = 100e3
 RATE_ERROR_PPM = 50.0
-
-
-def play(r, inst, name, seconds=0.3):
-    inst.write(":OUTP ON;*OPC")
-    r.check("%s output runs" % name, poll_until(inst, "*ESR?", "1", 10) is not None)
-    time.sleep(seconds)
-    inst.write(":OUTP OFF")
 
 
 def check_session(r, rm, app):

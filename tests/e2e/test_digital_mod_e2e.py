@@ -13,11 +13,10 @@ Usage: /usr/bin/python3 test_digital_mod_e2e.py --app <path of krt40> [--keep]
 import os
 import re
 import sys
-import time
 
 import numpy as np
 
-from krt40_e2e import open_client, poll_until, read_recording, run_e2e
+from krt40_e2e import open_client, play, poll_until, read_recording, run_e2e
 
 FREQUENCY = 1e9
 LEVEL = -10.0
@@ -70,13 +69,6 @@ def circular_filter(x, taps):
     for k, tap in enumerate(taps):
         h[(k - len(taps) // 2) % len(x)] += tap
     return np.fft.ifft(np.fft.fft(x) * np.fft.fft(h))
-
-
-def play(r, inst, name, seconds):
-    inst.write(":OUTP ON;*OPC")
-    r.check("%s output runs" % name, poll_until(inst, "*ESR?", "1", 10) is not None)
-    time.sleep(seconds)
-    inst.write(":OUTP OFF")
 
 
 def enable_channel_filter(path, taps):
