@@ -7,11 +7,12 @@
 
 namespace {
 
-void scale(std::vector<Sample>& range, const ArbPlaySettings& settings) {
+void scale(Sample* range, int64_t count, const ArbPlaySettings& settings) {
   float factor = 1.0f;
   if (settings.autoScale) {
     float peak = 0.0f;
-    for (const Sample& s : range) peak = std::max({peak, std::abs(s.real()), std::abs(s.imag())});
+    for (int64_t k = 0; k < count; ++k)
+      peak = std::max({peak, std::abs(range[k].real()), std::abs(range[k].imag())});
     if (peak == 0.0f) return;
     factor = 1.0f / peak;
   } else {
@@ -19,10 +20,16 @@ void scale(std::vector<Sample>& range, const ArbPlaySettings& settings) {
     if (s == 1.0) return;
     factor = static_cast<float>(s);
   }
-  for (Sample& s : range) s = Sample(s.real() * factor, s.imag() * factor);
+  for (int64_t k = 0; k < count; ++k)
+    range[k] = Sample(range[k].real() * factor, range[k].imag() * factor);
 }
 
 }  // namespace
+
+double scaleArbSamples(Sample* samples, int64_t count, const ArbPlaySettings& settings) {
+  scale(samples, count, settings);
+  return settings.outputSignalAverage ? meanPowerDb(samples, count) : 0.0;
+}
 
 Waveform buildArbPlayback(const std::vector<Sample>& samples, const ArbPlaySettings& settings) {
   Waveform wave;
@@ -31,8 +38,7 @@ Waveform buildArbPlayback(const std::vector<Sample>& samples, const ArbPlaySetti
   std::vector<Sample>& out = wave.samples;
   out.reserve(static_cast<size_t>(std::max<int64_t>(count, settings.period)));
   out.assign(samples.begin() + first, samples.begin() + first + count);
-  scale(out, settings);
-  wave.levelOffsetDb = settings.outputSignalAverage ? meanPowerDb(out.data(), count) : 0.0;
+  wave.levelOffsetDb = scaleArbSamples(out.data(), count, settings);
   if (settings.period > count) out.resize(static_cast<size_t>(settings.period));
   wave.sampleRate = settings.sampleRateHz;
   return wave;

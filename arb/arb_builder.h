@@ -24,3 +24,7 @@ struct ArbPlaySettings {
 // A range of no samples, or one that doesn't lie inside `samples` (which the view's clamps
 // prevent), gives no samples.
 Waveform buildArbPlayback(const std::vector<Sample>& samples, const ArbPlaySettings& settings);
+
+// The scaling of a play range, in place, over `count` samples (a whole sequence plays this
+// way); answers the level offset as above.
+double scaleArbSamples(Sample* samples, int64_t count, const ArbPlaySettings& settings);

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What the arb and streaming views share: their "Load" rows and their logged clamps.
+// What the arb views share: their "Load" rows, their logged clamps and the sequence loading.
 #pragma once
 
+#include "arb/arb_sequence.h"
 #include "shell/error_queue.h"
+#include "shell/message_box.h"
 
 #include <algorithm>
 #include <cmath>
@@ -32,4 +34,13 @@ inline double clampLogged(double value, double low, double high, double current,
   const double clamped = std::clamp(value, low, high);
   if (clamped != value) errorLogPut(-1, message);
   return clamped;
+}
+
+// Reads a ".seq" file into `sequence`; a bad header is said in a box. False for that and for a
+// file that doesn't open, which is said nowhere.
+inline bool loadSequenceFile(ArbSequence& sequence, const QString& path, QWidget* parent) {
+  const ArbSequence::LoadResult result = sequence.load(path);
+  if (result == ArbSequence::LoadResult::InvalidFormat)
+    showWarning(parent, "Invalid File", "Invalid file format.");
+  return result == ArbSequence::LoadResult::Loaded;
 }

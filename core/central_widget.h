@@ -86,6 +86,7 @@ public:
   void setDeviceLevel(double levelDbm) override;
   void submitIQ(const Sample* samples, int count) override;
   void flushAndWait() override;
+  void submitTrigger() override;
   bool connectionLost() override;
   void setOutputReady() override;
   void setStatusText(const QString& text) override { emit updateStatusBarModeSignal(text); }

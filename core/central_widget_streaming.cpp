@@ -85,6 +85,8 @@ void CentralWidget::submitIQ(const Sample* samples, int count) { device->submitI
 
 void CentralWidget::flushAndWait() { device->flushAndWait(); }
 
+void CentralWidget::submitTrigger() { device->submitTrigger(); }
+
 bool CentralWidget::connectionLost() {
   if (!device->connectionFailed()) return false;
   emit deviceConnectionLost();

@@ -7,6 +7,7 @@
 
 #include <QMainWindow>
 
+class ArbSequenceEditor;
 class CentralWidget;
 class ErrorLog;
 class ImpairmentWidget;
@@ -85,6 +86,8 @@ private:
   StatusBar* statusBar = nullptr;
   QAction* deletePowerOnAction = nullptr;
   ErrorLog* errorLog = nullptr;
+  // Made at its first opening and kept, so its content lasts between openings.
+  ArbSequenceEditor* sequenceEditor = nullptr;
   bool connecting = false;  // a device is being opened in a nested event loop
   bool closeRequested_ = false;
 };

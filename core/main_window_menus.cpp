@@ -2,6 +2,7 @@
 // The main window's menus and the actions behind them.
 #include "core/main_window.h"
 
+#include "arb/sequence_editor/arb_sequence_editor.h"
 #include "core/central_widget.h"
 #include "core/impairment_widget.h"
 #include "persist/paths.h"
@@ -172,7 +173,10 @@ void MainWindow::showErrorList() {
 
 void MainWindow::clearErrorList() { errorLogClear(); }
 
-void MainWindow::showArbSequenceEditor() {}
+void MainWindow::showArbSequenceEditor() {
+  if (!sequenceEditor) sequenceEditor = new ArbSequenceEditor(this);
+  sequenceEditor->exec();
+}
 
 // ---- Help ---------------------------------------------------------------------------------
 

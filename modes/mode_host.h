@@ -46,6 +46,8 @@ public:
   virtual void setDeviceLevel(double levelDbm) = 0;
   virtual void submitIQ(const Sample* samples, int count) = 0;
   virtual void flushAndWait() = 0;
+  // Marks the start of a triggered pass in the device's stream.
+  virtual void submitTrigger() = 0;
   // Polls the USB status; a failure is reported to the window and answers true.
   virtual bool connectionLost() = 0;
   // Counts the output as ready for "*OPC" now.

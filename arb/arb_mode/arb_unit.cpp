@@ -3,6 +3,7 @@
 #include "arb/arb_mode/arb_unit.h"
 
 #include "arb/arb_builder.h"
+#include "arb/arb_mode/arb_sequence_player.h"
 #include "arb/arb_mode/mode_view_arb.h"
 #include "modes/mode_host.h"
 #include "modes/mode_registry.h"
@@ -15,14 +16,20 @@
 namespace {
 
 // Runs on the streaming thread: the play range scaled and padded to the period, at the level
-// less its mean power when the level means the signal's average.
+// less its mean power when the level means the signal's average; or the loaded sequence.
 void generateArb(const ModeViewArb& view, ModeHost& host) {
   const ArbInfo info = view.getArbInfo();
   if (!info.loaded) {
     host.setStatusText("No Arb File Loaded");
     return;
   }
-  if (info.samplesToUse <= 0 || !info.samples) return;
+  if (info.samplesToUse <= 0) return;
+  if (info.sequence && !info.sequence->empty()) {
+    playArbSequence(*info.sequence, view.playSettings(info), view.triggerMode() == TriggerSingle,
+                    host);
+    return;
+  }
+  if (!info.samples) return;
   Waveform wave = buildArbPlayback(*info.samples, view.playSettings(info));
   if (wave.samples.empty() || wave.samples.size() > static_cast<size_t>(INT_MAX)) return;
   host.retune(wave.sampleRate, wave.levelOffsetDb);

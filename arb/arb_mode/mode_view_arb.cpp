@@ -7,6 +7,7 @@
 #include "arb/binary_file_16sc.h"
 #include "arb/binary_file_32fc.h"
 #include "arb/csv_file_reader.h"
+#include "arb/iq_file_loading.h"
 #include "arb/midas_blue_file.h"
 #include "arb/sigmf_reader.h"
 #include "arb/wav_reader.h"
@@ -28,6 +29,7 @@
 #include <QSettings>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 
 namespace {
@@ -41,10 +43,9 @@ const LoadRow loadRows[] = {
      "Binary 32-bit complex float I/Q File"},
     {4, "Midas Blue", "Blue Files (*.tmp *.prm)", "Blue Files"},
     {7, "WAV", "WAV Files (*.wav)", "WAV File"},
+    {8, "Custom Sequence", "Arb Sequence (*.seq)", "Custom Sequence File"},
     {9, "SigMF", "SigMF Recording (*.sigmf-meta *.sigmf-data)", "SigMF Recording"},
 };
-
-constexpr int readBlock = 1 << 20;  // samples a read
 
 }  // namespace
 
@@ -246,40 +247,31 @@ void ModeViewArb::loadWaveformPressed(int row) {
     case 3: loadBin32(path); break;
     case 4: loadMidas(path); break;
     case 7: loadWav(path); break;
+    case 8: loadSequence(path); break;
     case 9: loadSigmf(path); break;
     default: break;
   }
 }
 
-bool ModeViewArb::takeAll(IQFileReader& reader, const QString& path) {
-  const int64_t count = std::min<int64_t>(reader.sampleCount(), maxPeriod);
-  if (count <= 0) return false;
-  std::vector<Sample> samples(static_cast<size_t>(count));
-  int64_t done = 0;
-  while (done < count) {
-    const int64_t got = reader.read(samples.data() + done,
-                                    static_cast<int>(std::min<int64_t>(readBlock, count - done)));
-    if (got <= 0) break;
-    done += got;
-  }
-  samples.resize(static_cast<size_t>(done));
-  takeWaveform(QFileInfo(path).fileName(), std::move(samples));
+bool ModeViewArb::takeAll(IQFileReader& reader, const QString& path, Sequence sequence) {
+  if (reader.sampleCount() <= 0) return false;
+  takeWaveform(QFileInfo(path).fileName(), readAllSamples(reader, maxPeriod), sequence);
   return true;
 }
 
 void ModeViewArb::loadBin16(const QString& path) {
   BinaryFile16sc reader;
-  if (reader.open(path)) takeAll(reader, path);
+  if (reader.open(path)) takeAll(reader, path, Sequence::Kept);
 }
 
 void ModeViewArb::loadBin32(const QString& path) {
   BinaryFile32fc reader;
-  if (reader.open(path)) takeAll(reader, path);
+  if (reader.open(path)) takeAll(reader, path, Sequence::Kept);
 }
 
 void ModeViewArb::loadWav(const QString& path) {
   WavReader reader;
-  if (reader.open(path)) takeAll(reader, path);
+  if (reader.open(path)) takeAll(reader, path, Sequence::Cleared);
 }
 
 void ModeViewArb::loadMidas(const QString& path) {
@@ -304,7 +296,7 @@ void ModeViewArb::loadMidas(const QString& path) {
     const std::lock_guard<std::mutex> hold(lock);
     info.sampleRate = rate;
   }
-  takeWaveform(QFileInfo(path).fileName(), std::move(samples));
+  takeWaveform(QFileInfo(path).fileName(), std::move(samples), Sequence::Kept);
 }
 
 void ModeViewArb::loadSigmf(const QString& path) {
@@ -313,7 +305,8 @@ void ModeViewArb::loadSigmf(const QString& path) {
     showWarning(this, "Error", reader.errorText());
     return;
   }
-  if (takeAll(reader, path) && reader.sampleRate() > 0.0) setSampleRate(reader.sampleRate());
+  if (takeAll(reader, path, Sequence::Cleared) && reader.sampleRate() > 0.0)
+    setSampleRate(reader.sampleRate());
 }
 
 void ModeViewArb::loadCsv(const QString& path) {
@@ -321,17 +314,40 @@ void ModeViewArb::loadCsv(const QString& path) {
   const bool read = reader.open(path);
   if (!read && reader.errorText().isEmpty()) return;  // the file didn't open: nothing changes
   std::vector<Sample> samples = reader.data();
-  takeWaveform(QFileInfo(path).fileName(), std::move(samples), reader.errorText());
+  takeWaveform(QFileInfo(path).fileName(), std::move(samples), Sequence::Cleared,
+               reader.errorText());
 }
 
 void ModeViewArb::loadSamples(std::vector<Sample> samples) {
-  takeWaveform("Custom", std::move(samples));
+  takeWaveform("Custom", std::move(samples), Sequence::Kept);
 }
 
-void ModeViewArb::takeWaveform(const QString& name, std::vector<Sample> samples,
+void ModeViewArb::loadSequence(const QString& path) {
+  auto sequence = std::make_shared<ArbSequence>();
+  const bool read = loadSequenceFile(*sequence, path, this);
+  {
+    const std::lock_guard<std::mutex> hold(lock);
+    const double rate = info.sampleRate;
+    info = ArbInfo();
+    info.sampleRate = rate;
+    if (read) {
+      const int count =
+          static_cast<int>(std::clamp<int64_t>(sequence->totalSamples(), INT_MIN, INT_MAX));
+      info.sequence = std::move(sequence);
+      info.name = QFileInfo(path).fileName();
+      info.loaded = true;
+      info.fileLength = info.period = info.samplesToUse = count;
+    }
+  }
+  refreshLabels();
+  emit updated();
+}
+
+void ModeViewArb::takeWaveform(const QString& name, std::vector<Sample> samples, Sequence sequence,
                                const QString& error) {
   {
     const std::lock_guard<std::mutex> hold(lock);
+    if (sequence == Sequence::Cleared) info.sequence.reset();
     const int count = static_cast<int>(std::min<size_t>(samples.size(), maxPeriod));
     samples.resize(static_cast<size_t>(count));
     info.samples = std::make_shared<const std::vector<Sample>>(std::move(samples));
@@ -380,12 +396,22 @@ void ModeViewArb::refreshLabels() {
     return copy;
   }();
   referenceScaleEdit->setEnabled(!autoScaling());
+  const bool sequence = arb.sequence && !arb.sequence->empty();
+  periodEdit->setEnabled(!sequence);
+  offsetEdit->setEnabled(!sequence);
+  samplesToUseEdit->setEnabled(!sequence);
   sampleRateEdit->setValue(arb.sampleRate);
   periodEdit->setValue(arb.period);
   offsetEdit->setValue(arb.sampleOffset);
   samplesToUseEdit->setValue(arb.samplesToUse);
   fileNameLabel->setText(arb.loaded ? arb.name : "N/A");
   fileSamplesLabel->setText(arb.loaded ? QString("%L1").arg(arb.fileLength) : QString());
+  if (sequence) {
+    const QString length = formatTime(arb.sequence->duration(arb.sampleRate));
+    signalLengthLabel->setText(length);
+    periodLengthLabel->setText(length);
+    return;
+  }
   signalLengthLabel->setText(arb.loaded ? formatTime(arb.samplesToUse / arb.sampleRate) : "");
   periodLengthLabel->setText(arb.loaded ? formatTime(arb.period / arb.sampleRate) : "");
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "arb/arb_builder.h"
+#include "arb/arb_sequence.h"
 #include "modes/mode_widget.h"
 
 #include <QString>
@@ -24,12 +25,14 @@ struct ArbInfo {
   bool loaded = false;
   QString name;  // file name without directory, "Custom" for samples sent by remote command
   double sampleRate = 5e7;
-  int fileLength = 0;  // samples in memory
+  int fileLength = 0;  // samples in memory, or in the sequence
   int period = 0;
   int sampleOffset = 0;
   int samplesToUse = 0;
   // Shared, never changed once loaded: a copy of the info costs no copy of the samples.
   std::shared_ptr<const std::vector<Sample>> samples;
+  // Empty unless a sequence is loaded; then it plays instead of the samples.
+  std::shared_ptr<const ArbSequence> sequence;
   QString parseError;  // why a CSV load stopped early; shown nowhere
 };
 
@@ -59,6 +62,7 @@ public:
   // CSV: a bad line ends the reading quietly and the samples before it play.
   void loadCsv(const QString& path);
   // Raw 16-bit or float pairs: a file that won't open or holds no sample changes nothing.
+  // Like the Midas Blue and remote loaders, they leave a loaded sequence in place (and playing).
   void loadBin16(const QString& path);
   void loadBin32(const QString& path);
   // WAV: a file the reader refuses changes nothing, quietly.
@@ -69,6 +73,9 @@ public:
   void loadSigmf(const QString& path);
   // Takes the samples as they are, named "Custom".
   void loadSamples(std::vector<Sample> samples);
+  // A ".seq" file: what was loaded goes first, even if the file then fails; a bad header is
+  // said in a box.
+  void loadSequence(const QString& path);
 
   void setDefaults() override;
   // Group "ARB": "TriggerType", "SampleRate", "Period"; the waveform is not part of a preset.
@@ -93,10 +100,12 @@ public slots:
 
 private:
   void addControls();
+  enum class Sequence { Kept, Cleared };
   // Every sample of an open reader, at most maxPeriod; then the waveform named after `path`.
-  bool takeAll(IQFileReader& reader, const QString& path);
+  bool takeAll(IQFileReader& reader, const QString& path, Sequence sequence);
   // Stores a whole waveform as loaded from `name`, its range the whole of it.
-  void takeWaveform(const QString& name, std::vector<Sample> samples, const QString& error = {});
+  void takeWaveform(const QString& name, std::vector<Sample> samples, Sequence sequence,
+                    const QString& error = {});
   // Brings the period within samples to use .. maxPeriod; true when it moved.
   bool clampPeriod();
   void refreshLabels();
