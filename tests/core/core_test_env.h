@@ -23,6 +23,10 @@ inline void PrintTo(const QString& text, std::ostream* os) {
 const std::string& coreScratchDir();
 std::string eventsPath();
 std::string unplugPath();
+// Where the simulated device records what it plays, when the test program asks for it by
+// defining recordsPlayback() to answer true (recording is off by default: it costs disk).
+std::string recordingPath();
+bool recordsPlayback();
 
 // Runs the event loop until `pred` holds or `ms` have passed; returns whether it holds.
 template <typename Pred>

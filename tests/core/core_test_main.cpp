@@ -20,6 +20,8 @@ std::string scratchDir;
 const std::string& coreScratchDir() { return scratchDir; }
 std::string eventsPath() { return scratchDir + "/events.jsonl"; }
 std::string unplugPath() { return scratchDir + "/unplug"; }
+std::string recordingPath() { return scratchDir + "/recording"; }
+__attribute__((weak)) bool recordsPlayback() { return false; }
 
 int main(int argc, char** argv) {
   char pattern[] = "/tmp/krt40-core-XXXXXX";
@@ -32,7 +34,10 @@ int main(int argc, char** argv) {
   setenv("KRT40_SIM_OPEN_MS", "0", 1);
   setenv("KRT40_SIM_EVENTS", eventsPath().c_str(), 1);
   setenv("KRT40_SIM_UNPLUG_FILE", unplugPath().c_str(), 1);
-  unsetenv("KRT40_SIM_RECORD");
+  if (recordsPlayback())
+    setenv("KRT40_SIM_RECORD", recordingPath().c_str(), 1);
+  else
+    unsetenv("KRT40_SIM_RECORD");
   // Each panel listens on a free port of its own, never on the instrument's usual one.
   preferences.scpiPort = 0;
   QApplication app(argc, argv);
