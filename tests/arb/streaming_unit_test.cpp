@@ -7,10 +7,15 @@
 
 #include <QCheckBox>
 #include <QFile>
+#include <QFileInfo>
 #include <QLabel>
 #include <QListWidget>
 
 #include <gtest/gtest.h>
+
+#include <fstream>
+
+bool recordsPlayback() { return true; }
 
 namespace {
 
@@ -60,6 +65,46 @@ TEST_F(StreamingUnitTest, BlocksRunFromFileToFileInTheListsOrder) {
   fileList()->model()->moveRow(QModelIndex(), 2, QModelIndex(), 0);
   ASSERT_TRUE(waitUntil([&] { return played({"krtSubmitIQ"}).size() >= 4; }));
   EXPECT_EQ(played({"krtSubmitIQ"})[2], block(234));
+}
+
+// Raw 16-bit files counting on from `first`: (first + k, -(first + k)) at sample k.
+QByteArray countingSamples(int first, int count) {
+  QByteArray bytes;
+  for (int k = first; k < first + count; ++k)
+    for (const int16_t v : {static_cast<int16_t>(k), static_cast<int16_t>(-k)})
+      bytes.append(reinterpret_cast<const char*>(&v), 2);
+  return bytes;
+}
+
+// What the device played holds each file whole, one after the other and round again.
+TEST_F(StreamingUnitTest, FilesJoinWithoutAGapOrARepeat) {
+  const int sizes[] = {300, 200, 100};
+  QStringList paths;
+  std::vector<Sample> round;
+  for (int f = 0, first = 1; f < 3; first += sizes[f++]) {
+    QFile file(dir.filePath(QString("part%1.bin").arg(f)));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(countingSamples(first, sizes[f]));
+    paths << file.fileName();
+    for (int k = first; k < first + sizes[f]; ++k) round.emplace_back(k / 32768.0f, -k / 32768.0f);
+  }
+  view->addFiles(2, paths);
+  view->setSampleRate(50000);
+  connectAndEnable();
+  view->enabledCheck()->click();
+  const std::string data = recordingPath() + ".sigmf-data";
+  const auto recorded = [&] { return QFileInfo(QString::fromStdString(data)).size() / 8; };
+  ASSERT_TRUE(waitUntil([&] { return recorded() > 20000; }));
+  central.stopStreaming();
+  std::vector<Sample> played(static_cast<size_t>(recorded()));
+  std::ifstream(data, std::ios::binary)
+      .read(reinterpret_cast<char*>(played.data()),
+            static_cast<std::streamsize>(played.size() * 8));
+  const auto start = std::find(played.begin(), played.end(), round.front());
+  ASSERT_GE(played.end() - start, 1800);
+  EXPECT_TRUE(std::equal(round.begin(), round.end(), start));
+  EXPECT_TRUE(std::equal(round.begin(), round.end(), start + 600));
+  EXPECT_TRUE(std::equal(round.begin(), round.end(), start + 1200));
 }
 
 // A SigMF recording plays like the raw files, and the first one brings its rate.
