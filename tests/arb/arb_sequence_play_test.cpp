@@ -74,14 +74,24 @@ TEST_F(ArbSequencePlayTest, TwoHopsRetuneWhereTheSamplesReachThem) {
   connectAndEnable();
   restart(":RAD:ARB ON", 1e6);
   ASSERT_TRUE(waitUntil([&] { return played({"krtSetFrequency"}).size() >= 6; }));
-  central.stopStreaming();
   const Calls expected = {{"krtSetFrequency", 1e9},   {"krtSubmitIQ", 4},
                           {"krtSetFrequency", 1.5e9}, {"krtSubmitIQ", 3},
                           {"krtSetFrequency", 2e9},   {"krtSubmitIQ", 1},
                           {"krtSubmitIQ", 4},         {"krtSetFrequency", 1.5e9}};
-  Calls calls = played({"krtSetFrequency", "krtSubmitIQ"});
+  Calls calls = played({"krtSetFrequency", "krtSubmitIQ", "krtFlushAndWait"});
   calls.resize(std::min(calls.size(), expected.size()));
-  EXPECT_EQ(calls, expected) << "the repeat starts on the last hop's frequency";
+  EXPECT_EQ(calls, expected) << "the repeat starts on the last hop's frequency, unflushed";
+  // Single shot: one pass a trigger, behind its mark, then a flush.
+  restart(":RAD:ARB:TRIG:TYPE SING", 1e6);
+  client.command("*TRG");
+  ASSERT_TRUE(waitUntil([&] { return !played({"krtFlushAndWait"}).empty(); }));
+  const Calls pass = {{"krtSubmitTrigger", 0},
+                      {"krtSubmitIQ", 4},
+                      {"krtSubmitIQ", 3},
+                      {"krtSubmitIQ", 1},
+                      {"krtFlushAndWait", 0}};
+  EXPECT_EQ(played({"krtSubmitTrigger", "krtSubmitIQ", "krtFlushAndWait"}), pass);
+
   // The recording began at the device's opening; the sequence starts 4 samples before the
   // first hop.
   const Hops hops = recordedHops();
@@ -90,14 +100,8 @@ TEST_F(ArbSequencePlayTest, TwoHopsRetuneWhereTheSamplesReachThem) {
   EXPECT_EQ(Hops(hops.begin() + 1, hops.begin() + 5),
             (Hops{{start + 4, 1.5e9}, {start + 7, 2e9}, {start + 12, 1.5e9}, {start + 15, 2e9}}));
   // Scaled as one range: the peak component 0.5 becomes 1.
-  EXPECT_EQ(recordedSamples(start, 8), (std::vector<Sample>{{1, 0},
-                                                            {0, -0.5f},
-                                                            {1, 0},
-                                                            {0, -0.5f},
-                                                            {0.5f, 0.5f},
-                                                            {0.5f, 0.5f},
-                                                            {0.5f, 0.5f},
-                                                            {-1, 0}}));
+  const Sample a(1, 0), b(0, -0.5f), k(0.5f, 0.5f), c(-1, 0);
+  EXPECT_EQ(recordedSamples(start, 8), (std::vector<Sample>{a, b, a, b, k, k, k, c}));
 }
 
 // A single hop, which only a hand-made file holds, tunes once before the first sample; a file
