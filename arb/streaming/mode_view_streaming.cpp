@@ -3,10 +3,7 @@
 #include "arb/streaming/mode_view_streaming.h"
 
 #include "arb/arb_view_support.h"
-#include "arb/binary_file_16sc.h"
-#include "arb/binary_file_32fc.h"
 #include "arb/sigmf_reader.h"
-#include "arb/wav_reader.h"
 #include "shell/error_queue.h"
 #include "shell/file_dialogs.h"
 #include "shell/message_box.h"
@@ -41,16 +38,6 @@ const LoadRow loadRows[] = {
 };
 
 }  // namespace
-
-std::unique_ptr<IQFileReader> streamReaderFor(int fileType) {
-  switch (fileType) {
-    case 2: return std::make_unique<BinaryFile16sc>();
-    case 3: return std::make_unique<BinaryFile32fc>();
-    case 7: return std::make_unique<WavReader>();
-    case 9: return std::make_unique<SigMFReader>();
-    default: return nullptr;
-  }
-}
 
 ModeViewStreaming::ModeViewStreaming(QWidget* parent)
     : ModeWidget("Streaming", 19, parent),

@@ -2,7 +2,7 @@
 // The streaming view (mode 19): an ordered list of files played block by block without end.
 #pragma once
 
-#include "arb/iq_file_reader.h"
+#include "arb/streaming/streaming_player.h"
 #include "modes/mode_widget.h"
 
 #include <QString>
@@ -17,17 +17,6 @@ class FrequencyEdit;
 class MyComboBox;
 class QLabel;
 class QListWidget;
-
-// One row of the file list.
-struct StreamFileEntry {
-  int id = 0;  // unique, also the list item's user-role data
-  QString path;
-  int fileType = 0;         // 2 raw 16-bit, 3 raw 32-bit, 7 WAV
-  int64_t sampleCount = 0;  // at the time of loading
-};
-
-// A reader of a list row's type: 2 raw 16-bit, 3 raw 32-bit, 7 WAV, 9 SigMF; null for another.
-std::unique_ptr<IQFileReader> streamReaderFor(int fileType);
 
 // The list widget's order is the order of play. Setters clamp with a logged message, refresh
 // the labels and emit updated().
