@@ -10,11 +10,88 @@
 #include "arb/wav_reader.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
+#include <thread>
 
 namespace {
 
 constexpr int readBlock = 1 << 20;  // samples a read
+
+// Reads the file on a thread of its own into two blocks in turn while the caller appends the
+// other one. A whole file's vector is fresh memory that the kernel maps page by page as it is
+// first written, which costs about as long as the disk takes to read it: done one after the
+// other, a load took the sum of both.
+class ReadAhead {
+public:
+  ReadAhead(IQFileReader& reader, int64_t count) : reader(reader), count(count) {
+    thread = std::thread([this] { run(); });
+  }
+  ~ReadAhead() {
+    {
+      const std::lock_guard<std::mutex> hold(lock);
+      stopped = true;
+    }
+    changed.notify_all();
+    thread.join();
+  }
+
+  // Appends every block to `samples` until a read comes up short or `count` is reached.
+  void appendAll(std::vector<Sample>& samples) {
+    for (int k = 0;; k ^= 1) {
+      std::unique_lock<std::mutex> hold(lock);
+      changed.wait(hold, [&] { return buffers[k].full; });
+      const int64_t got = buffers[k].got;
+      hold.unlock();
+      if (got <= 0) return;
+      samples.insert(samples.end(), buffers[k].block.begin(), buffers[k].block.begin() + got);
+      hold.lock();
+      buffers[k].full = false;
+      hold.unlock();
+      changed.notify_all();
+    }
+  }
+
+private:
+  struct Slot {
+    std::vector<Sample> block = std::vector<Sample>(readBlock);
+    int64_t got = 0;
+    bool full = false;
+  };
+
+  void run() {
+    int64_t done = 0;
+    for (int k = 0;; k ^= 1) {
+      {
+        std::unique_lock<std::mutex> hold(lock);
+        changed.wait(hold, [&] { return !buffers[k].full || stopped; });
+        if (stopped) return;
+      }
+      const int64_t got =
+          done < count
+              ? reader.read(buffers[k].block.data(),
+                            static_cast<int>(std::min<int64_t>(readBlock, count - done)))
+              : 0;
+      done += std::max<int64_t>(got, 0);
+      {
+        const std::lock_guard<std::mutex> hold(lock);
+        buffers[k].got = got;
+        buffers[k].full = true;
+      }
+      changed.notify_all();
+      if (got <= 0) return;
+    }
+  }
+
+  IQFileReader& reader;
+  const int64_t count;
+  Slot buffers[2];
+  std::mutex lock;
+  std::condition_variable changed;
+  bool stopped = false;
+  std::thread thread;
+};
 
 std::unique_ptr<IQFileReader> readerFor(int kind) {
   switch (kind) {
@@ -49,15 +126,10 @@ bool readMidas(const QString& path, int64_t limit, std::vector<Sample>& out) {
 
 std::vector<Sample> readAllSamples(IQFileReader& reader, int64_t limit) {
   const int64_t count = std::min(reader.sampleCount(), limit);
-  std::vector<Sample> samples(static_cast<size_t>(std::max<int64_t>(count, 0)));
-  int64_t done = 0;
-  while (done < count) {
-    const int64_t got = reader.read(samples.data() + done,
-                                    static_cast<int>(std::min<int64_t>(readBlock, count - done)));
-    if (got <= 0) break;
-    done += got;
-  }
-  samples.resize(static_cast<size_t>(done));
+  if (count <= 0) return {};
+  std::vector<Sample> samples;
+  samples.reserve(static_cast<size_t>(count));
+  ReadAhead(reader, count).appendAll(samples);
   return samples;
 }
 

@@ -17,8 +17,9 @@ enum IQFileKind {
   KindSigMF = 9,
 };
 
-// Every sample an open reader gives from where it stands, at most `limit`; not for CSV, whose
-// reader gives its samples whole.
+// Every sample an open reader gives from where it stands, at most `limit`, read in blocks of
+// 2^20 samples on a thread of its own, two blocks ahead; not for CSV, whose reader gives its
+// samples whole.
 std::vector<Sample> readAllSamples(IQFileReader& reader, int64_t limit);
 
 // The samples of a whole file of `kind` (not a sequence), at most `limit`: a CSV file up to

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
-// BinaryFile16sc and BinaryFile32fc against files written by numpy.
+// BinaryFile16sc and BinaryFile32fc against files written by numpy; a whole file read at once.
 #include "arb/binary_file_16sc.h"
 #include "arb/binary_file_32fc.h"
+#include "arb/iq_file_loading.h"
 #include "made_files.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -51,6 +53,31 @@ TEST(BinaryFile, ReadsNumpyFilesInBlocksOfAnySize) {
   EXPECT_EQ(six32.sampleCount(), 0);
   EXPECT_EQ(empty16.sampleCount(), 0);
   EXPECT_FALSE(BinaryFile32fc().open(files.dir.path()));
+}
+
+// The whole-file read hands blocks of 2^20 samples from a thread of its own: none may be lost,
+// repeated or reordered, and the cut at the longest period falls inside a block.
+TEST(BinaryFile, ReadsAWholeFileInOrderUpToTheCut) {
+  MadeFiles files;
+  ASSERT_TRUE(files.python(
+      "import numpy as np\n"
+      "k = np.arange(2621447, dtype='<f4')\n"
+      "np.stack([k, -k], 1).tofile('ramp')\n"
+      "open('empty', 'wb').close()\n"));
+  const int64_t block = 1 << 20, length = 2621447;  // two and a half blocks and a bit
+  for (int64_t cut : {int64_t(0), int64_t(1), block - 1, block, block + 1, 2 * block + 5,
+                      length, int64_t(100000000)}) {
+    BinaryFile32fc reader;
+    ASSERT_TRUE(reader.open(files.path("ramp")));
+    const std::vector<Sample> all = readAllSamples(reader, cut);
+    ASSERT_EQ(int64_t(all.size()), std::min(cut, length)) << cut;
+    int64_t wrong = 0;
+    for (size_t k = 0; k < all.size(); ++k) wrong += all[k] != Sample(float(k), -float(k));
+    EXPECT_EQ(wrong, 0) << cut;
+  }
+  BinaryFile32fc empty;
+  ASSERT_TRUE(empty.open(files.path("empty")));
+  EXPECT_TRUE(readAllSamples(empty, 100).empty());
 }
 
 }  // namespace
