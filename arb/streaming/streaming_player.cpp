@@ -5,30 +5,29 @@
 #include "arb/binary_file_16sc.h"
 #include "arb/binary_file_32fc.h"
 #include "arb/sigmf_reader.h"
+#include "arb/streaming/stream_read_ahead.h"
 #include "arb/wav_reader.h"
 #include "modes/mode_host.h"
 
 #include <algorithm>
 #include <chrono>
-#include <thread>
 
 namespace {
-
-struct OpenFile {
-  std::unique_ptr<IQFileReader> reader;
-};
 
 using Clock = std::chrono::steady_clock;
 // The position is shown at most this often: a list of tiny files makes tiny blocks.
 constexpr auto positionInterval = std::chrono::milliseconds(20);
+// How long a wait for the reads goes before the run flag is looked at again.
+constexpr auto runFlagPoll = std::chrono::milliseconds(10);
 
 // The readers of the entries in play order; an entry whose file no longer opens is left out.
 // False for a type no reader has, which ends the generator.
-bool openAll(const std::vector<StreamFileEntry>& entries, std::vector<OpenFile>& files) {
+bool openAll(const std::vector<StreamFileEntry>& entries,
+             std::vector<std::unique_ptr<IQFileReader>>& files) {
   for (const StreamFileEntry& entry : entries) {
     std::unique_ptr<IQFileReader> reader = streamReaderFor(entry.fileType);
     if (!reader) return false;
-    if (reader->open(entry.path)) files.push_back({std::move(reader)});
+    if (reader->open(entry.path)) files.push_back(std::move(reader));
   }
   return true;
 }
@@ -49,15 +48,14 @@ bool playStreamingFiles(const std::vector<StreamFileEntry>& entries, double samp
                         double iqScalePercent, ModeHost& host,
                         const std::function<void(double percent)>& showPosition) {
   if (entries.empty()) return false;
-  std::vector<OpenFile> files;
+  std::vector<std::unique_ptr<IQFileReader>> files;
   if (!openAll(entries, files) || files.empty()) return false;
   if (std::none_of(files.begin(), files.end(),
-                   [](const OpenFile& f) { return f.reader->sampleCount() > 0; }))
+                   [](const std::unique_ptr<IQFileReader>& f) { return f->sampleCount() > 0; }))
     return false;  // nothing to play: the loop would only spin
   const double rate = sampleRate;
   const int blockSize = static_cast<int>(rate / 25.0);
   if (blockSize < 1) return false;
-  std::vector<Sample> block(static_cast<size_t>(blockSize));
   int64_t total = 0;
   for (const StreamFileEntry& e : entries) total += e.sampleCount;
   const float gain = static_cast<float>(iqScalePercent / 100.0);
@@ -65,38 +63,27 @@ bool playStreamingFiles(const std::vector<StreamFileEntry>& entries, double samp
   host.retune(rate);
   host.prepareNoise(0.0, rate);
   host.setOutputReady();
-  size_t i = 0, emptyReads = 0;
+  StreamReadAhead ahead(files, blockSize);
   int64_t position = 0;
   Clock::time_point shown = Clock::now() - positionInterval;
   while (host.isStreaming()) {
-    IQFileReader& reader = *files[i].reader;
-    const int n = static_cast<int>(std::min<int64_t>(blockSize, reader.samplesRemaining()));
-    const int got =
-        n > 0 ? static_cast<int>(std::max<int64_t>(reader.read(block.data(), n), 0)) : 0;
+    StreamStep step;
+    Sample* block = ahead.take(step, runFlagPoll);
+    if (!block) continue;  // the disk is slow: look at the run flag meanwhile
+    const int got = step.got;
     if (gain != 1.0f)
       for (int k = 0; k < got; ++k)
         block[k] = Sample(block[k].real() * gain, block[k].imag() * gain);
     if (got > 0) {
-      host.processImpairments(block.data(), block.data(), got);  // in place: one block of memory
-      host.submitIQ(block.data(), got);
+      host.processImpairments(block, block, got);  // in place: no block beyond the two
+      host.submitIQ(block, got);
       if (host.connectionLost()) break;
     }
-    // Files that vanished while playing read nothing: a whole round of them waits a little
-    // instead of spinning.
-    emptyReads = got > 0 ? 0 : emptyReads + 1;
-    if (emptyReads >= files.size()) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-      emptyReads = 0;
-    }
-    if (reader.samplesRemaining() < 1 || got < 1) {
-      reader.rewind();
-      if (++i == files.size()) {
-        i = 0;
-        position = 0;
-      }
-    } else {
+    ahead.release();
+    if (step.wrapped)
+      position = 0;
+    else if (!step.nextFile)
       position += got;
-    }
     if (Clock::now() - shown >= positionInterval) {
       shown = Clock::now();
       showPosition(total > 0 ? position * 100.0 / total : 0.0);

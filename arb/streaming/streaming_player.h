@@ -27,7 +27,8 @@ std::unique_ptr<IQFileReader> streamReaderFor(int fileType);
 // Runs on the streaming thread until the host's run flag falls or the device is lost: blocks
 // of 40 ms at `sampleRate` from file to file in the entries' order and round again, scaled by
 // `iqScalePercent`, through the impairments, paced by the device's queue. `showPosition` gets
-// the percentage of the list played, at most every 20 ms. Nothing is allocated in the loop.
+// the percentage of the list played, at most every 20 ms. The files are read two blocks ahead
+// on a thread of their own; nothing is allocated in the loop.
 // False when there was nothing to play and the loop never started.
 bool playStreamingFiles(const std::vector<StreamFileEntry>& entries, double sampleRate,
                         double iqScalePercent, ModeHost& host,
