@@ -9,6 +9,8 @@
 #include "arb/sigmf_reader.h"
 #include "arb/wav_reader.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <condition_variable>
 #include <memory>
@@ -27,6 +29,7 @@ class ReadAhead {
 public:
   ReadAhead(IQFileReader& reader, int64_t count) : reader(reader), count(count) {
     thread = std::thread([this] { run(); });
+    pthread_setname_np(thread.native_handle(), "Arb File Load");  // at most 15 characters
   }
   ~ReadAhead() {
     {

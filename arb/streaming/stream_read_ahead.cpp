@@ -2,6 +2,8 @@
 // The streaming loop's reads, on a thread of their own two blocks ahead of the device.
 #include "arb/streaming/stream_read_ahead.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 
 StreamReadAhead::StreamReadAhead(std::vector<std::unique_ptr<IQFileReader>>& files,
@@ -9,6 +11,7 @@ StreamReadAhead::StreamReadAhead(std::vector<std::unique_ptr<IQFileReader>>& fil
     : files(files), blockSize(blockSize) {
   for (Slot& slot : buffers) slot.block.resize(static_cast<size_t>(blockSize));
   thread = std::thread([this] { run(); });
+  pthread_setname_np(thread.native_handle(), "Stream ReadAhd");  // at most 15 characters
 }
 
 StreamReadAhead::~StreamReadAhead() {
