@@ -39,6 +39,7 @@ public:
   bool atEnd() const { return file.bytesAvailable() <= 0; }
   qint64 remaining() const { return std::max<qint64>(file.bytesAvailable(), 0); }
   void raw(void* to, qint64 size) {
+    if (size <= 0) return;  // an entry of no samples has no storage to point at
     const qint64 got = std::max<qint64>(file.read(static_cast<char*>(to), size), 0);
     std::memset(static_cast<char*>(to) + got, 0, static_cast<size_t>(size - got));
   }
