@@ -10,6 +10,8 @@
 #include "arb/wav_reader.h"
 
 #include <pthread.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <condition_variable>
@@ -20,6 +22,18 @@
 namespace {
 
 constexpr int readBlock = 1 << 20;  // samples a read
+
+// Maps the pages of [from, from + count) for writing before the copy reaches them: one call
+// that the kernel serves in bulk costs far less than a fault a page, and it runs while the
+// reading thread waits on the disk. A kernel that doesn't know the advice refuses it, and the
+// copy maps the pages itself.
+void prefault(Sample* from, int64_t count) {
+  if (count <= 0) return;
+  const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+  const uintptr_t start = reinterpret_cast<uintptr_t>(from) & ~(page - 1);
+  const uintptr_t end = reinterpret_cast<uintptr_t>(from + count) & ~(page - 1);
+  if (end > start) madvise(reinterpret_cast<void*>(start), end - start, MADV_POPULATE_WRITE);
+}
 
 // Reads the file on a thread of its own into two blocks in turn while the caller appends the
 // other one. A whole file's vector is fresh memory that the kernel maps page by page as it is
@@ -43,6 +57,8 @@ public:
   // Appends every block to `samples` until a read comes up short or `count` is reached.
   void appendAll(std::vector<Sample>& samples) {
     for (int k = 0;; k ^= 1) {
+      const int64_t room = static_cast<int64_t>(samples.capacity() - samples.size());
+      prefault(samples.data() + samples.size(), std::min<int64_t>(readBlock, room));
       std::unique_lock<std::mutex> hold(lock);
       changed.wait(hold, [&] { return buffers[k].full; });
       const int64_t got = buffers[k].got;
