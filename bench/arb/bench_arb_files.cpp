@@ -117,8 +117,9 @@ void prepareCache(const QString& path, bool cold) {
   ::close(fd);
 }
 
-// As the arb view loads a raw float file: every sample into one vector.
-void BM_RawFloat_Load1e8(benchmark::State& state) {
+// Times `load` of the raw file once an iteration, the page cache prepared by the argument.
+template <typename Load>
+void timeRawLoad(benchmark::State& state, Load load) {
   const QString path = rawPath();
   for (auto _ : state) {
     state.PauseTiming();
@@ -126,11 +127,16 @@ void BM_RawFloat_Load1e8(benchmark::State& state) {
     state.ResumeTiming();
     BinaryFile32fc reader;
     if (!reader.open(path)) state.SkipWithError("not opened");
-    const std::vector<Sample> samples = readAllSamples(reader, rawSamples);
+    const std::vector<Sample> samples = load(reader);
     if (int64_t(samples.size()) != rawSamples) state.SkipWithError("not read");
     benchmark::DoNotOptimize(samples.data());
   }
   state.SetBytesProcessed(state.iterations() * rawSamples * 8);
+}
+
+// As the arb view loads a raw float file: every sample into one vector.
+void BM_RawFloat_Load1e8(benchmark::State& state) {
+  timeRawLoad(state, [](BinaryFile32fc& reader) { return readAllSamples(reader, rawSamples); });
 }
 BENCHMARK(BM_RawFloat_Load1e8)->ArgName("cold")->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)
     ->UseRealTime()->Iterations(1);
@@ -138,20 +144,13 @@ BENCHMARK(BM_RawFloat_Load1e8)->ArgName("cold")->Arg(1)->Arg(0)->Unit(benchmark:
 // Baseline: the load done one step after the other, the whole vector made first and then read
 // into, as it was before the read-ahead.
 void BM_RawFloat_Load1e8_Sequential(benchmark::State& state) {
-  const QString path = rawPath();
-  for (auto _ : state) {
-    state.PauseTiming();
-    prepareCache(path, state.range(0));
-    state.ResumeTiming();
-    BinaryFile32fc reader;
-    if (!reader.open(path)) state.SkipWithError("not opened");
+  timeRawLoad(state, [](BinaryFile32fc& reader) {
     std::vector<Sample> samples(static_cast<size_t>(rawSamples));
     for (int64_t done = 0, got = 1; done < rawSamples && got > 0; done += got)
       got = reader.read(samples.data() + done,
                         static_cast<int>(std::min<int64_t>(1 << 20, rawSamples - done)));
-    benchmark::DoNotOptimize(samples.data());
-  }
-  state.SetBytesProcessed(state.iterations() * rawSamples * 8);
+    return samples;
+  });
 }
 BENCHMARK(BM_RawFloat_Load1e8_Sequential)->ArgName("cold")->Arg(1)->Arg(0)
     ->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
