@@ -327,9 +327,7 @@ void ModeViewArb::loadSequence(const QString& path) {
   const bool read = loadSequenceFile(*sequence, path, this);
   {
     const std::lock_guard<std::mutex> hold(lock);
-    const double rate = info.sampleRate;
-    info = ArbInfo();
-    info.sampleRate = rate;
+    clearInfo();
     if (read) {
       const int count =
           static_cast<int>(std::clamp<int64_t>(sequence->totalSamples(), INT_MIN, INT_MAX));
@@ -363,12 +361,16 @@ void ModeViewArb::takeWaveform(const QString& name, std::vector<Sample> samples,
 
 void ModeViewArb::unloadFileButtonPressed() { unloadFile(); }
 
+void ModeViewArb::clearInfo() {
+  const double rate = info.sampleRate;  // the rate is a setting, not part of the waveform
+  info = ArbInfo();
+  info.sampleRate = rate;
+}
+
 void ModeViewArb::unloadFile() {
   {
     const std::lock_guard<std::mutex> hold(lock);
-    const double rate = info.sampleRate;
-    info = ArbInfo();
-    info.sampleRate = rate;
+    clearInfo();
   }
   refreshLabels();
   emit updated();

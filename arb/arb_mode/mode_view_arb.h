@@ -106,6 +106,8 @@ private:
   // Stores a whole waveform as loaded from `name`, its range the whole of it.
   void takeWaveform(const QString& name, std::vector<Sample> samples, Sequence sequence,
                     const QString& error = {});
+  // Nothing loaded, the sample rate kept; under the lock.
+  void clearInfo();
   // Brings the period within samples to use .. maxPeriod; true when it moved.
   bool clampPeriod();
   void refreshLabels();
