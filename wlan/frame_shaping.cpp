@@ -48,8 +48,10 @@ ComplexVector smoothSymbolJoins(const ComplexVector& frame, int fftSize, int pre
   for (long long s = 1; s < preambleSlots; ++s) blendJoin(out, s * slot, fftSize, rise);
   for (long long i = 0; i < dataSymbols; ++i)
     blendJoin(out, slot * preambleSlots + i * step, fftSize, rise);
+  // The fade-out; a frame shorter than it has no joins either and is left as it is.
   const size_t h = static_cast<size_t>(w / 2);
-  for (size_t i = 0; i < h && i < out.size(); ++i) out[out.size() - h + i] *= rise[w - 1 - i];
+  if (out.size() < h) return out;
+  for (size_t i = 0; i < h; ++i) out[out.size() - h + i] *= rise[w - 1 - i];
   return out;
 }
 

@@ -126,6 +126,8 @@ TEST(WlanOfdm, JoinWindowLengthIsEvenedAndCut) {
   const int same[][2] = {{1, 2}, {3, 4}, {15, 16}, {17, 16}, {40, 16}};
   for (const auto& pair : same) EXPECT_EQ(smooth(pair[0]), smooth(pair[1])) << pair[0];
   EXPECT_NE(smooth(14), smooth(16));
+  // Counts that claim more symbols than the frame holds touch nothing outside it.
+  EXPECT_EQ(smoothSymbolJoins(ramp(3), 64, 5, 9, false, 16), ramp(3));
   // W = 2 leaves one sample of each side: one FFT period back before the join, ahead after it.
   const ComplexVector two = smooth(2);
   for (int p : {80, 320, 400, 560}) {
