@@ -11,6 +11,6 @@
 // sources give, so PSDU bits pass straight in.
 using BitVector = std::vector<uint8_t>;
 
-// Frames and symbols. std::vector's storage is 16-byte aligned on our platforms, which is all
-// FFTW's single-precision SIMD needs; the FFT object copies anything else through its own buffer.
+// Frames and symbols, grown symbol by symbol. Only the FFT cares about alignment, and it passes
+// arrays whose alignment differs from its plan's through its own aligned buffer.
 using ComplexVector = std::vector<Sample>;
