@@ -2,8 +2,8 @@
 // Time samples of the legacy and HT short and long training fields.
 #pragma once
 
-#include "wlan/ofdm_symbol.h"
-#include "wlan/wlan_types.h"
+#include "wireless/ofdm_symbol.h"
+#include "wireless/wlan_types.h"
 
 // Each is made from its 64-entry table by the frame's FFT object, then repeated in time.
 ComplexVector legacyStf(WlanFft& fft);  // 160 samples: (last 16 of x, x) twice

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The two-step block interleavers of one OFDM symbol, for 48 and 52 data subcarriers.
-#include "wlan/wlan_interleaver.h"
+#include "wireless/wlan_interleaver.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // WLAN symbol blocks: training fields, mapping, placement, join smoothing and level.
 #include "dsp/vec_fft.h"
-#include "wlan/frame_shaping.h"
-#include "wlan/rate_params.h"
-#include "wlan/subcarrier_placement.h"
-#include "wlan/training_fields.h"
-#include "wlan/wlan_mapper.h"
+#include "wireless/frame_shaping.h"
+#include "wireless/rate_params.h"
+#include "wireless/subcarrier_placement.h"
+#include "wireless/training_fields.h"
+#include "wireless/wlan_mapper.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // Placement of data and pilots on the 64 subcarriers, and the pilot values of each symbol.
 #pragma once
 
-#include "wlan/wlan_types.h"
+#include "wireless/wlan_types.h"
 
 // Every frequency table is indexed by k + 32 for subcarrier k = -32 .. 31; index 32 is DC.
 constexpr int wlanFftSize = 64;

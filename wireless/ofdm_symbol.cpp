@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The 64-point inverse FFT of a WLAN frame build, guard intervals and symbol assembly.
-#include "wlan/ofdm_symbol.h"
+#include "wireless/ofdm_symbol.h"
 
 #include "dsp/vec_status.h"
-#include "wlan/subcarrier_placement.h"
+#include "wireless/subcarrier_placement.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Finishing of a built WLAN frame: blending of symbol joins and RMS level normalisation.
-#include "wlan/frame_shaping.h"
+#include "wireless/frame_shaping.h"
 
 #include "dsp/vec_reduce.h"
 #include "dsp/vec_status.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The record of a WLAN rate or MCS row, and the non-HT, HT and VHT rate tables.
-#include "wlan/rate_params.h"
+#include "wireless/rate_params.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // Finishing of a built WLAN frame: blending of symbol joins and RMS level normalisation.
 #pragma once
 
-#include "wlan/wlan_types.h"
+#include "wireless/wlan_types.h"
 
 // Blends every 80-sample preamble slot join (L-STF and L-LTF count two slots each, and are
 // blended inside too) and every data symbol join with a raised-cosine window of W samples:

@@ -2,7 +2,7 @@
 // Rate-1/2 K=7 convolutional encoder with the WLAN puncturing patterns.
 #pragma once
 
-#include "wlan/wlan_types.h"
+#include "wireless/wlan_types.h"
 
 #include <cstdint>
 #include <string>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Placement of data and pilots on the 64 subcarriers, and the pilot values of each symbol.
-#include "wlan/subcarrier_placement.h"
+#include "wireless/subcarrier_placement.h"
 
-#include "wlan/wlan_bits.h"
+#include "wireless/wlan_bits.h"
 
 #include <array>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // Bit-level helpers of the WLAN fields: packing values, SIGNAL parity, SIG CRC, scrambling.
 #pragma once
 
-#include "wlan/wlan_types.h"
+#include "wireless/wlan_types.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Bit-level helpers of the WLAN fields: packing values, SIGNAL parity, SIG CRC, scrambling.
-#include "wlan/wlan_bits.h"
+#include "wireless/wlan_bits.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Bit-exact checks of the WLAN coding chain against the IEEE 802.11a worked example.
-#include "wlan/convolutional_encoder.h"
-#include "wlan/rate_params.h"
-#include "wlan/subcarrier_placement.h"
-#include "wlan/wlan_bits.h"
-#include "wlan/wlan_interleaver.h"
+#include "wireless/convolutional_encoder.h"
+#include "wireless/rate_params.h"
+#include "wireless/subcarrier_placement.h"
+#include "wireless/wlan_bits.h"
+#include "wireless/wlan_interleaver.h"
 
 #include <gtest/gtest.h>
 

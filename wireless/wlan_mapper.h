@@ -2,7 +2,7 @@
 // Gray-coded BPSK to QAM256 constellation mapping of coded bits, unit mean power.
 #pragma once
 
-#include "wlan/wlan_types.h"
+#include "wireless/wlan_types.h"
 
 // One point per group of N_BPSC bits (first bit most significant; first half I, second half
 // Q); spare bits at the end are ignored. A modulation outside QPSK..QAM256 maps as BPSK.

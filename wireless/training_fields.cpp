@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Time samples of the legacy and HT short and long training fields.
-#include "wlan/training_fields.h"
+#include "wireless/training_fields.h"
 
-#include "wlan/subcarrier_placement.h"
+#include "wireless/subcarrier_placement.h"
 
 #include <cmath>
 

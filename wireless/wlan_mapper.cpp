@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Gray-coded BPSK to QAM256 constellation mapping of coded bits, unit mean power.
-#include "wlan/wlan_mapper.h"
+#include "wireless/wlan_mapper.h"
 
-#include "wlan/rate_params.h"
+#include "wireless/rate_params.h"
 
 #include <cmath>
 

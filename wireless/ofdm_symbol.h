@@ -3,7 +3,7 @@
 #pragma once
 
 #include "dsp/vec_fft.h"
-#include "wlan/wlan_types.h"
+#include "wireless/wlan_types.h"
 
 // One FFT plan for a whole frame: make one object per build and pass it to every symbol, so
 // the planner is visited once rather than once a symbol. Use from one thread at a time.

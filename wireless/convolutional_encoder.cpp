@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Rate-1/2 K=7 convolutional encoder with the WLAN puncturing patterns.
-#include "wlan/convolutional_encoder.h"
+#include "wireless/convolutional_encoder.h"
 
 #include <algorithm>
 
