@@ -69,3 +69,9 @@ ComplexVector normaliseRms(const ComplexVector& frame, double levelDb) {
   for (Sample& s : out) s *= gain;
   return out;
 }
+
+void appendIdleSamples(ComplexVector& frame, double idleSeconds, double sampleRate) {
+  const double count = std::trunc(idleSeconds / (1.0 / sampleRate));
+  if (!(count > 0.0) || !std::isfinite(count)) return;
+  frame.resize(frame.size() + static_cast<size_t>(count), Sample(0.0f, 0.0f));
+}

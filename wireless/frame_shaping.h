@@ -17,3 +17,7 @@ ComplexVector smoothSymbolJoins(const ComplexVector& frame, int fftSize, int pre
 // A copy scaled so that its RMS is `levelDb` dB (re 1.0). The mean is over the samples given,
 // so idle zeros added afterwards do not count. An empty or all-zero frame is returned as is.
 ComplexVector normaliseRms(const ComplexVector& frame, double levelDb);
+
+// Appends the silence after a frame: truncate(idleSeconds / (1 / sampleRate)) zero samples, or
+// none when that is not above 0 (or not a finite count).
+void appendIdleSamples(ComplexVector& frame, double idleSeconds, double sampleRate);
