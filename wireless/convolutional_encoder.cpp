@@ -7,8 +7,8 @@
 namespace {
 
 // 133 and 171 octal with the newest bit in bit 0 instead of bit 6.
-constexpr unsigned kFirstTaps = 109;
-constexpr unsigned kSecondTaps = 79;
+constexpr unsigned firstTaps = 109;
+constexpr unsigned secondTaps = 79;
 
 }  // namespace
 
@@ -21,8 +21,8 @@ ConvolutionalEncoder::ConvolutionalEncoder(int codeRate) : pattern(puncturePatte
   for (unsigned s = 0; s < 64; ++s) {
     for (unsigned in = 0; in < 2; ++in) {
       const unsigned v = (s << 1) | in;
-      firstOut[s][in] = static_cast<uint8_t>(__builtin_parity(v & kFirstTaps));
-      secondOut[s][in] = static_cast<uint8_t>(__builtin_parity(v & kSecondTaps));
+      firstOut[s][in] = static_cast<uint8_t>(__builtin_parity(v & firstTaps));
+      secondOut[s][in] = static_cast<uint8_t>(__builtin_parity(v & secondTaps));
       nextState[s][in] = static_cast<uint8_t>(v & 63);
     }
   }

@@ -4,7 +4,7 @@
 
 namespace {
 
-const NonHtRateRow kNonHt[nonHtRateCount] = {
+const NonHtRateRow nonHtRows[nonHtRateCount] = {
     {"6 Mb/s", 11, {WlanBpsk, WlanRate1_2, 1, 1, 48, 4, 48, 24}},
     {"9 Mb/s", 15, {WlanBpsk, WlanRate3_4, 1, 1, 48, 4, 48, 36}},
     {"12 Mb/s", 10, {WlanQpsk, WlanRate1_2, 1, 2, 48, 4, 96, 48}},
@@ -17,7 +17,7 @@ const NonHtRateRow kNonHt[nonHtRateCount] = {
 
 // [mcs][0] is 20 MHz, [mcs][1] 40 MHz. Rows 0..7 are shared by HT and VHT. VHT MCS 9 keeps
 // N_DBPS 346 at 20 MHz (416 x 5/6 rounded down), a row the mode list never reaches.
-const RateParams kMcs[vhtMcsCount][2] = {
+const RateParams mcsRows[vhtMcsCount][2] = {
     {{WlanBpsk, WlanRate1_2, 1, 1, 52, 4, 52, 26}, {WlanBpsk, WlanRate1_2, 1, 1, 108, 6, 108, 54}},
     {{WlanQpsk, WlanRate1_2, 1, 2, 52, 4, 104, 52}, {WlanQpsk, WlanRate1_2, 1, 2, 108, 6, 216, 108}},
     {{WlanQpsk, WlanRate3_4, 1, 2, 52, 4, 104, 78}, {WlanQpsk, WlanRate3_4, 1, 2, 108, 6, 216, 162}},
@@ -32,7 +32,7 @@ const RateParams kMcs[vhtMcsCount][2] = {
 
 const RateParams& mcsRow(int mcs, int bandwidth, int count) {
   if (mcs < 0 || mcs >= count) mcs = 0;
-  return kMcs[mcs][bandwidth == 1 ? 1 : 0];
+  return mcsRows[mcs][bandwidth == 1 ? 1 : 0];
 }
 
 }  // namespace
@@ -48,13 +48,13 @@ const char* codeRateName(int codeRate) {
 }
 
 const NonHtRateRow& nonHtRateRow(int index) {
-  return kNonHt[index >= 0 && index < nonHtRateCount ? index : 0];
+  return nonHtRows[index >= 0 && index < nonHtRateCount ? index : 0];
 }
 
 const RateParams& nonHtRate(int rateCode) {
-  for (const NonHtRateRow& row : kNonHt)
+  for (const NonHtRateRow& row : nonHtRows)
     if (row.rateCode == (rateCode & 0xF)) return row.rate;
-  return kNonHt[0].rate;
+  return nonHtRows[0].rate;
 }
 
 const RateParams& htRate(int mcs, int bandwidth) {

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int kPilotK[4] = {-21, -7, 7, 21};
+constexpr int pilotK[4] = {-21, -7, 7, 21};
 
 // Table indices of the data subcarriers from -edge to edge, skipping DC and the pilots.
 template <int Count>
@@ -46,13 +46,13 @@ const std::array<float, 127> kPolarity = makePolarity();
 ComplexVector placeLegacySymbol(const ComplexVector& data, const float pilots[4]) {
   static const float sign[4] = {1.0f, 1.0f, 1.0f, -1.0f};
   ComplexVector freq = placeData(kLegacyData, data);
-  for (int i = 0; i < 4; ++i) freq[kPilotK[i] + wlanDcIndex] = Sample(sign[i] * pilots[i], 0.0f);
+  for (int i = 0; i < 4; ++i) freq[pilotK[i] + wlanDcIndex] = Sample(sign[i] * pilots[i], 0.0f);
   return freq;
 }
 
 ComplexVector placeHtSymbol(const ComplexVector& data, const Sample pilots[4]) {
   ComplexVector freq = placeData(kHtData, data);
-  for (int i = 0; i < 4; ++i) freq[kPilotK[i] + wlanDcIndex] = pilots[i];
+  for (int i = 0; i < 4; ++i) freq[pilotK[i] + wlanDcIndex] = pilots[i];
   return freq;
 }
 

@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr int kBytes = 4095;
-constexpr int kSymbols = 1366;  // ceil((16 + 8 x 4095 + 6) / 24)
+constexpr int frameBytes = 4095;
+constexpr int frameSymbols = 1366;  // ceil((16 + 8 x 4095 + 6) / 24)
 
 NonHtSettings longestFrame() {
   NonHtSettings s;
@@ -20,7 +20,7 @@ NonHtSettings longestFrame() {
   s.frame.rate = nonHtRateRow(0).rate;
   s.sourceBits.resize(127);
   for (size_t i = 0; i < s.sourceBits.size(); ++i) s.sourceBits[i] = (i * 37 / 11) & 1;
-  s.bytes = kBytes;
+  s.bytes = frameBytes;
   s.idleSeconds = 0.0;
   return s;
 }
@@ -29,10 +29,10 @@ void BM_NonHt_4095Bytes_6Mbps(benchmark::State& state) {
   const NonHtSettings s = longestFrame();
   for (auto _ : state) {
     const ComplexVector out = buildNonHtSamples(s);
-    if (out.size() != 400u + 80u * kSymbols) state.SkipWithError("wrong length");
+    if (out.size() != 400u + 80u * frameSymbols) state.SkipWithError("wrong length");
     benchmark::DoNotOptimize(out.data());
   }
-  state.SetItemsProcessed(state.iterations() * kSymbols);
+  state.SetItemsProcessed(state.iterations() * frameSymbols);
 }
 BENCHMARK(BM_NonHt_4095Bytes_6Mbps)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -44,17 +44,17 @@ void BM_NonHt_4095Bytes_6Mbps_PlanPerSymbol_Baseline(benchmark::State& state) {
   const ComplexVector data = mapBits(bits, WlanBpsk);
   for (auto _ : state) {
     ComplexVector frame;
-    frame.reserve(400u + 80u * kSymbols);
-    for (int n = 0; n < kSymbols + 5; ++n) {
+    frame.reserve(400u + 80u * frameSymbols);
+    for (int n = 0; n < frameSymbols + 5; ++n) {
       WlanFft fft;
       const float p = pilotPolarity(n);
       const float pilots[4] = {p, p, p, p};
       appendSymbol(frame, placeLegacySymbol(data, pilots), fft, false);
     }
-    frame = normaliseRms(smoothSymbolJoins(frame, 64, 5, kSymbols, false, 16), -6.0);
+    frame = normaliseRms(smoothSymbolJoins(frame, 64, 5, frameSymbols, false, 16), -6.0);
     benchmark::DoNotOptimize(frame.data());
   }
-  state.SetItemsProcessed(state.iterations() * kSymbols);
+  state.SetItemsProcessed(state.iterations() * frameSymbols);
 }
 BENCHMARK(BM_NonHt_4095Bytes_6Mbps_PlanPerSymbol_Baseline)
     ->Unit(benchmark::kMillisecond)

@@ -16,10 +16,10 @@
 
 namespace {
 
-constexpr int kServiceBits = 16;
-constexpr int kTailBits = 6;
-constexpr int kPreambleSamples = 400;  // L-STF, L-LTF and SIGNAL
-constexpr int kSymbolSamples = 80;
+constexpr int serviceBits = 16;
+constexpr int tailBits = 6;
+constexpr int preambleSamples = 400;  // L-STF, L-LTF and SIGNAL
+constexpr int symbolSamples = 80;
 
 // RATE in bits 0..3, LENGTH in bits 5..16, even parity over those in bit 17.
 uint32_t signalValue(int rateCode, long long lengthBytes) {
@@ -38,8 +38,8 @@ void appendSignal(ComplexVector& frame, int rateCode, long long lengthBytes, Wla
 
 // SERVICE zeros, the PSDU, then the tail and pad zeros, scrambled as one stream if asked.
 BitVector dataStream(const NonHtFrameParams& params, long long padBits) {
-  BitVector stream(kServiceBits + params.data.size() + static_cast<size_t>(padBits + kTailBits), 0);
-  std::copy(params.data.begin(), params.data.end(), stream.begin() + kServiceBits);
+  BitVector stream(serviceBits + params.data.size() + static_cast<size_t>(padBits + tailBits), 0);
+  std::copy(params.data.begin(), params.data.end(), stream.begin() + serviceBits);
   return params.scrambled ? scrambleBits(params.scramblerInit, stream) : stream;
 }
 
@@ -67,10 +67,10 @@ ComplexVector buildNonHtFrame(NonHtFrameParams params) {
   WlanFft fft;
   params.data.resize((params.data.size() + 7) / 8 * 8, 0);
   const long long length = static_cast<long long>(params.data.size() / 8);
-  const long long payload = 8 * length + kServiceBits + kTailBits;
+  const long long payload = 8 * length + serviceBits + tailBits;
   const long long symbols = static_cast<long long>(std::ceil(double(payload) / dbps));
   ComplexVector frame;
-  frame.reserve(static_cast<size_t>(kPreambleSamples + kSymbolSamples * symbols));
+  frame.reserve(static_cast<size_t>(preambleSamples + symbolSamples * symbols));
   const ComplexVector stf = legacyStf(fft), ltf = legacyLtf(fft);
   frame.insert(frame.end(), stf.begin(), stf.end());
   frame.insert(frame.end(), ltf.begin(), ltf.end());
