@@ -81,6 +81,17 @@ TEST_F(ArbSequencePlayTest, TwoHopsRetuneWhereTheSamplesReachThem) {
   Calls calls = played({"krtSetFrequency", "krtSubmitIQ", "krtFlushAndWait"});
   calls.resize(std::min(calls.size(), expected.size()));
   EXPECT_EQ(calls, expected) << "the repeat starts on the last hop's frequency, unflushed";
+  // The recording began at the device's opening; the sequence starts 4 samples before the
+  // first hop. The meta file is rewritten about once a second while the device plays.
+  ASSERT_TRUE(waitUntil([] { return recordedHops().size() >= 5; }));
+  const Hops hops = recordedHops();
+  const int64_t start = hops[1].first - 4;
+  EXPECT_EQ(Hops(hops.begin() + 1, hops.begin() + 5),
+            (Hops{{start + 4, 1.5e9}, {start + 7, 2e9}, {start + 12, 1.5e9}, {start + 15, 2e9}}));
+  // Scaled as one range: the peak component 0.5 becomes 1.
+  const Sample a(1, 0), b(0, -0.5f), k(0.5f, 0.5f), c(-1, 0);
+  EXPECT_EQ(recordedSamples(start, 8), (std::vector<Sample>{a, b, a, b, k, k, k, c}));
+
   // Single shot: one pass a trigger, behind its mark, then a flush.
   restart(":RAD:ARB:TRIG:TYPE SING", 1e6);
   client.command("*TRG");
@@ -91,17 +102,6 @@ TEST_F(ArbSequencePlayTest, TwoHopsRetuneWhereTheSamplesReachThem) {
                       {"krtSubmitIQ", 1},
                       {"krtFlushAndWait", 0}};
   EXPECT_EQ(played({"krtSubmitTrigger", "krtSubmitIQ", "krtFlushAndWait"}), pass);
-
-  // The recording began at the device's opening; the sequence starts 4 samples before the
-  // first hop.
-  const Hops hops = recordedHops();
-  ASSERT_GE(hops.size(), 5u);
-  const int64_t start = hops[1].first - 4;
-  EXPECT_EQ(Hops(hops.begin() + 1, hops.begin() + 5),
-            (Hops{{start + 4, 1.5e9}, {start + 7, 2e9}, {start + 12, 1.5e9}, {start + 15, 2e9}}));
-  // Scaled as one range: the peak component 0.5 becomes 1.
-  const Sample a(1, 0), b(0, -0.5f), k(0.5f, 0.5f), c(-1, 0);
-  EXPECT_EQ(recordedSamples(start, 8), (std::vector<Sample>{a, b, a, b, k, k, k, c}));
 }
 
 // A single hop, which only a hand-made file holds, tunes once before the first sample; a file
