@@ -88,10 +88,9 @@ private:
         if (stopped) return;
       }
       const int64_t got =
-          done < count
-              ? reader.read(buffers[k].block.data(),
-                            static_cast<int>(std::min<int64_t>(readBlock, count - done)))
-              : 0;
+          done < count ? reader.read(buffers[k].block.data(),
+                                     static_cast<int>(std::min<int64_t>(readBlock, count - done)))
+                       : 0;
       done += std::max<int64_t>(got, 0);
       {
         const std::lock_guard<std::mutex> hold(lock);
@@ -111,16 +110,6 @@ private:
   bool stopped = false;
   std::thread thread;
 };
-
-std::unique_ptr<IQFileReader> readerFor(int kind) {
-  switch (kind) {
-    case KindBinary16: return std::make_unique<BinaryFile16sc>();
-    case KindBinary32: return std::make_unique<BinaryFile32fc>();
-    case KindWav: return std::make_unique<WavReader>();
-    case KindSigMF: return std::make_unique<SigMFReader>();
-    default: return nullptr;
-  }
-}
 
 // The reader parses the whole text at open; a bad line fails the open but keeps the samples
 // before it.
@@ -143,6 +132,16 @@ bool readMidas(const QString& path, int64_t limit, std::vector<Sample>& out) {
 
 }  // namespace
 
+std::unique_ptr<IQFileReader> streamReaderFor(int kind) {
+  switch (kind) {
+    case KindBinary16: return std::make_unique<BinaryFile16sc>();
+    case KindBinary32: return std::make_unique<BinaryFile32fc>();
+    case KindWav: return std::make_unique<WavReader>();
+    case KindSigMF: return std::make_unique<SigMFReader>();
+    default: return nullptr;
+  }
+}
+
 std::vector<Sample> readAllSamples(IQFileReader& reader, int64_t limit) {
   const int64_t count = std::min(reader.sampleCount(), limit);
   if (count <= 0) return {};
@@ -155,7 +154,7 @@ std::vector<Sample> readAllSamples(IQFileReader& reader, int64_t limit) {
 bool readWholeFile(int kind, const QString& path, int64_t limit, std::vector<Sample>& out) {
   if (kind == KindCsv) return readCsv(path, limit, out);
   if (kind == KindMidasBlue) return readMidas(path, limit, out);
-  std::unique_ptr<IQFileReader> reader = readerFor(kind);
+  std::unique_ptr<IQFileReader> reader = streamReaderFor(kind);
   if (!reader || !reader->open(path)) return false;
   out = readAllSamples(*reader, limit);
   return true;

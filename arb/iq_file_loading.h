@@ -4,6 +4,7 @@
 
 #include "arb/iq_file_reader.h"
 
+#include <memory>
 #include <vector>
 
 // The kinds of file of the "Load" boxes, by the value their row carries.
@@ -16,6 +17,10 @@ enum IQFileKind {
   KindSequence = 8,
   KindSigMF = 9,
 };
+
+// A block reader for a file of `kind`: raw 16-bit, raw float, WAV or SigMF; null for another
+// kind (CSV and Midas Blue files are read whole, by other means).
+std::unique_ptr<IQFileReader> streamReaderFor(int kind);
 
 // Every sample an open reader gives from where it stands, at most `limit`, read in blocks of
 // 2^20 samples on a thread of its own, two blocks ahead; not for CSV, whose reader gives its

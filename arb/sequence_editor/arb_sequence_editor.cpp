@@ -173,12 +173,16 @@ bool ArbSequenceEditor::saveable() {
 void ArbSequenceEditor::saveSequence() {
   if (!saveable()) return;
   const QString path = saveFileName(fileTitle, fileFilter, this);
-  if (!path.isEmpty()) saveSequenceTo(path);
+  if (!path.isEmpty()) writeSequence(path);
+}
+
+bool ArbSequenceEditor::saveSequenceTo(const QString& path) {
+  return saveable() && writeSequence(path);
 }
 
 // A failed write is not reported: the changes simply stay pending.
-bool ArbSequenceEditor::saveSequenceTo(const QString& path) {
-  if (!saveable() || !seq.save(path, listOrder())) return false;
+bool ArbSequenceEditor::writeSequence(const QString& path) {
+  if (!seq.save(path, listOrder())) return false;
   changed = false;
   return true;
 }

@@ -55,6 +55,8 @@ private:
   void showEntry(ArbSequenceEntry* entry);
   // False, with its box, when the sequence breaks a rule of saving.
   bool saveable();
+  // Writes the file in the list's order; true when it was written.
+  bool writeSequence(const QString& path);
 
   ArbSequence seq;
   bool changed = false;

@@ -3,6 +3,7 @@
 #include "arb/streaming/mode_view_streaming.h"
 
 #include "arb/arb_view_support.h"
+#include "arb/iq_file_loading.h"
 #include "arb/sigmf_reader.h"
 #include "shell/error_queue.h"
 #include "shell/file_dialogs.h"

@@ -2,11 +2,8 @@
 // The streaming mode's block loop, free of the view: files played back to back without end.
 #include "arb/streaming/streaming_player.h"
 
-#include "arb/binary_file_16sc.h"
-#include "arb/binary_file_32fc.h"
-#include "arb/sigmf_reader.h"
+#include "arb/iq_file_loading.h"
 #include "arb/streaming/stream_read_ahead.h"
-#include "arb/wav_reader.h"
 #include "modes/mode_host.h"
 
 #include <algorithm>
@@ -33,16 +30,6 @@ bool openAll(const std::vector<StreamFileEntry>& entries,
 }
 
 }  // namespace
-
-std::unique_ptr<IQFileReader> streamReaderFor(int fileType) {
-  switch (fileType) {
-    case 2: return std::make_unique<BinaryFile16sc>();
-    case 3: return std::make_unique<BinaryFile32fc>();
-    case 7: return std::make_unique<WavReader>();
-    case 9: return std::make_unique<SigMFReader>();
-    default: return nullptr;
-  }
-}
 
 bool playStreamingFiles(const std::vector<StreamFileEntry>& entries, double sampleRate,
                         double iqScalePercent, ModeHost& host,

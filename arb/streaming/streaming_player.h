@@ -21,9 +21,6 @@ struct StreamFileEntry {
   int64_t sampleCount = 0;  // at the time of loading
 };
 
-// A reader of a list row's type: 2 raw 16-bit, 3 raw 32-bit, 7 WAV, 9 SigMF; null for another.
-std::unique_ptr<IQFileReader> streamReaderFor(int fileType);
-
 // Runs on the streaming thread until the host's run flag falls or the device is lost: blocks
 // of 40 ms at `sampleRate` from file to file in the entries' order and round again, scaled by
 // `iqScalePercent`, through the impairments, paced by the device's queue. `showPosition` gets
