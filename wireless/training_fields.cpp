@@ -65,3 +65,11 @@ ComplexVector htStf(WlanFft& fft) {
 ComplexVector htLtf(WlanFft& fft) {
   return addCyclicPrefix(timeOf(ltfTable(true), fft));
 }
+
+void appendFields(ComplexVector& frame, WlanFft& fft,
+                  std::initializer_list<ComplexVector (*)(WlanFft&)> fields) {
+  for (auto* field : fields) {
+    const ComplexVector samples = field(fft);
+    frame.insert(frame.end(), samples.begin(), samples.end());
+  }
+}

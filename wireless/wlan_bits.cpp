@@ -28,6 +28,13 @@ BitVector signalFieldBits(uint32_t value) {
   return bits;
 }
 
+uint32_t legacySignalValue(int rateCode, long long lengthBytes) {
+  uint32_t value = static_cast<uint32_t>(rateCode & 0xF);
+  value |= static_cast<uint32_t>(lengthBytes & 0xFFF) << 5;
+  value |= static_cast<uint32_t>(parity(value)) << 17;
+  return value;
+}
+
 uint8_t crc8Signal(uint64_t value, int count) {
   count = std::clamp(count, 0, 64);
   unsigned reg = 0xFF;

@@ -14,6 +14,10 @@ void bitsFromValue(BitVector& bits, uint32_t value, int count, bool lowFirst);
 // odd; callers put the parity there already, so this is only a second guard.
 BitVector signalFieldBits(uint32_t value);
 
+// A legacy SIGNAL value: RATE in bits 0..3, LENGTH (low 12 bits) in bits 5..16, and the even
+// parity of those in bit 17.
+uint32_t legacySignalValue(int rateCode, long long lengthBytes);
+
 // CRC-8 (D^8 + D^2 + D + 1, register preset to ones) of the low `count` (0 to 64) bits of
 // `value`, fed low bit first; complemented and bit-reversed, so storing it low bit first sends
 // c7 first.

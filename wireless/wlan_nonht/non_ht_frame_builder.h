@@ -3,10 +3,10 @@
 #pragma once
 
 #include "wireless/rate_params.h"
+#include "wireless/wlan_frame_samples.h"
 #include "wireless/wlan_types.h"
 
 #include <cstdint>
-#include <optional>
 
 // What one frame build takes, copied from the controls.
 struct NonHtFrameParams {
@@ -24,19 +24,7 @@ struct NonHtFrameParams {
 // is blended, the preamble's included. A rate record with no data bits a symbol gives nothing.
 ComplexVector buildNonHtFrame(NonHtFrameParams params);
 
-// The PSDU of `bytes` bytes from a bit source: cut to length, or repeated from its first bit.
-// A source without a bit cannot fill even one byte and gives no value, where a plain repeat
-// would never end.
-std::optional<BitVector> psduFromSource(const BitVector& source, int bytes);
-
-// Everything the mode plays apart from reading its controls.
-struct NonHtSettings {
-  NonHtFrameParams frame;  // `data` is filled from the source here
-  BitVector sourceBits;    // one PN period, or the custom pattern's bits
-  int bytes = 64;
-  double idleSeconds = 0.001;
-  double sampleRate = 20e6;  // oversample x sample rate
-};
+using NonHtSettings = WlanSettings<NonHtFrameParams>;
 
 // The frame at -6 dB RMS followed by its idle zeros; no samples when the source is empty.
 ComplexVector buildNonHtSamples(const NonHtSettings& settings);
