@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The longest non-HT frame (4095 bytes at 6 Mb/s, 1366 symbols) built with one FFT plan, beside
-// the same frame with a plan made for every symbol.
+// The longest frames: non-HT 4095 bytes at 6 Mb/s (1366 symbols) and HT 65535 bytes at MCS 0
+// (20166 symbols), each built with one FFT plan, beside a non-HT frame with a plan per symbol.
 #include "wireless/frame_shaping.h"
 #include "wireless/ofdm_symbol.h"
 #include "wireless/subcarrier_placement.h"
+#include "wireless/wlan_ht/ht_frame_builder.h"
 #include "wireless/wlan_mapper.h"
 #include "wireless/wlan_nonht/non_ht_frame_builder.h"
 
@@ -14,14 +15,23 @@ namespace {
 constexpr int frameBytes = 4095;
 constexpr int frameSymbols = 1366;  // ceil((16 + 8 x 4095 + 6) / 24)
 
-NonHtSettings longestFrame() {
-  NonHtSettings s;
-  s.frame.rateCode = nonHtRateRow(0).rateCode;
-  s.frame.rate = nonHtRateRow(0).rate;
+constexpr int htFrameBytes = 65535;
+constexpr int htFrameSymbols = 20166;  // ceil((16 + 8 x 65535 + 6) / 26)
+
+template <class Settings>
+Settings longestFrame(int bytes) {
+  Settings s;
   s.sourceBits.resize(127);
   for (size_t i = 0; i < s.sourceBits.size(); ++i) s.sourceBits[i] = (i * 37 / 11) & 1;
-  s.bytes = frameBytes;
+  s.bytes = bytes;
   s.idleSeconds = 0.0;
+  return s;
+}
+
+NonHtSettings longestFrame() {
+  NonHtSettings s = longestFrame<NonHtSettings>(frameBytes);
+  s.frame.rateCode = nonHtRateRow(0).rateCode;
+  s.frame.rate = nonHtRateRow(0).rate;
   return s;
 }
 
@@ -35,6 +45,18 @@ void BM_NonHt_4095Bytes_6Mbps(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * frameSymbols);
 }
 BENCHMARK(BM_NonHt_4095Bytes_6Mbps)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_Ht_65535Bytes_Mcs0(benchmark::State& state) {
+  HtSettings s = longestFrame<HtSettings>(htFrameBytes);
+  s.frame.mcs = 0;
+  for (auto _ : state) {
+    const ComplexVector out = buildHtSamples(s);
+    if (out.size() != 720u + 80u * htFrameSymbols) state.SkipWithError("wrong length");
+    benchmark::DoNotOptimize(out.data());
+  }
+  state.SetItemsProcessed(state.iterations() * htFrameSymbols);
+}
+BENCHMARK(BM_Ht_65535Bytes_Mcs0)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // Baseline: the same number of symbols, each with its own FFT object, as a symbol function that
 // owned its transform would make them; the coding is left out, so the baseline is flattered.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The non-HT frame: its length for every rate, SIGNAL and DATA read back, and the bit source fill.
+#include "ofdm_bin.h"
 #include "wireless/convolutional_encoder.h"
 #include "wireless/subcarrier_placement.h"
 #include "wireless/wlan_bits.h"
@@ -12,12 +13,8 @@
 
 namespace {
 
-// One subcarrier of the 64-sample body of the OFDM symbol whose guard starts at `start`.
 Sample bin(const ComplexVector& frame, int start, int k) {
-  std::complex<double> sum = 0;
-  for (int t = 0; t < 64; ++t)
-    sum += std::complex<double>(frame[start + 16 + t]) * std::polar(1.0, -2 * M_PI * k * t / 64);
-  return Sample(static_cast<float>(sum.real()), static_cast<float>(sum.imag()));
+  return ofdmBin(frame, start, k);
 }
 
 // The 48 data subcarriers of a BPSK symbol read as bits, ascending k.
