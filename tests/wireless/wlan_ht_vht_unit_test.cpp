@@ -3,17 +3,11 @@
 // "WLAN_VHT" preset groups with bad values, and the frames they play into the simulated device.
 #include "wireless/wlan_ht/mode_view_wlan_ht.h"
 #include "wireless/wlan_vht/mode_view_wlan_vht.h"
-#include "modes/mode_types.h"
-#include "modes/unit_panel_test.h"
-
-#include <QCheckBox>
+#include "wlan_unit_panel_test.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <functional>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -21,10 +15,10 @@ constexpr int ht = 16;
 constexpr int vht = 18;
 
 // The 802.11ac view is an 802.11n view too, so the fixture finds both by their mode index.
-class WlanHtVhtUnitTest : public UnitPanelTest<ModeViewWLANVHT> {
+class WlanHtVhtUnitTest : public WlanUnitPanelTest<ModeViewWLANVHT> {
 protected:
   void SetUp() override {
-    UnitPanelTest::SetUp();
+    WlanUnitPanelTest::SetUp();
     for (ModeViewWLANHT* v : central.findChildren<ModeViewWLANHT*>())
       if (v->modeIndex() == ht) htView = v;
     ASSERT_NE(htView, nullptr);
@@ -58,13 +52,7 @@ TEST_F(WlanHtVhtUnitTest, SlotsClampAndLabelsFollowTheMcs) {
       {vht, [](auto& v) { v.setMcs(9); }, "65535 QAM64 2/3"},
       {vht, [](auto& v) { v.setMcs(0); }, "65535 BPSK 1/2"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.shown.toStdString());
-    QSignalSpy updated(viewOf(row.mode), &ModeWidget::updated);
-    row.set(*viewOf(row.mode));
-    EXPECT_EQ(shown(*viewOf(row.mode)), row.shown);
-    EXPECT_EQ(updated.count(), 1);
-  }
+  for (const auto& row : rows) checkSet(*viewOf(row.mode), row.set, shown, row.shown);
   EXPECT_EQ(client.query(":SYST:ERR:COUN?"), "0");
 }
 
@@ -127,48 +115,23 @@ TEST_F(WlanHtVhtUnitTest, PlaysOneFrameAndItsIdle) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.samples);
     ModeViewWLANHT& v = *viewOf(row.mode);
-    v.setTriggerMode(TriggerSingle);
-    if (!v.enabledCheck()->isChecked()) v.enabledCheck()->click();
-    v.setMcs(row.mcs);
-    v.setGuardInterval(row.guard);
-    v.setDataLength(row.bytes);
-    v.setSampleRate(row.sampleRate);
-    v.setIdleInterval(row.idle);
-    log.mark();
-    v.setTriggerMode(TriggerSingle);
-    ASSERT_TRUE(waitUntil([&] { return !played({"krtSetSampleRate"}).empty(); }));
-    client.command("*TRG");
-    ASSERT_TRUE(waitUntil([&] { return !played({"krtFlushAndWait"}).empty(); }));
-    EXPECT_EQ(played({"krtSetSampleRate", "krtSubmitIQ"}),
+    EXPECT_EQ(playOnePass(v,
+                          [&] {
+                            v.setMcs(row.mcs);
+                            v.setGuardInterval(row.guard);
+                            v.setDataLength(row.bytes);
+                            v.setSampleRate(row.sampleRate);
+                            v.setIdleInterval(row.idle);
+                          }),
               (Calls{{"krtSetSampleRate", row.sampleRate}, {"krtSubmitIQ", row.samples - 1}}));
   }
 }
 
-// A custom pattern without a '0' or '1' has nothing to repeat: that thread plays nothing and
-// ends by itself, and the next setting plays again.
 TEST_F(WlanHtVhtUnitTest, PatternWithoutBitsPlaysNothing) {
   connectAndEnable();
-  const std::vector<std::string> watched = {"krtAbort", "krtSetSampleRate", "krtSubmitIQ"};
-  // The end of the running thread, then that of the custom one, which returned by itself.
-  const Calls ended = {{"krtAbort", 0}, {"krtAbort", 0}};
   for (int mode : {ht, vht}) {
     SCOPED_TRACE(mode);
-    ModeViewWLANHT& v = *viewOf(mode);
-    log.mark();
-    v.enabledCheck()->click();
-    ASSERT_TRUE(waitUntil([&] { return !played({"krtSubmitIQ"}).empty(); }));
-    v.setCustomData("abc 23");
-    log.mark();
-    v.setData(-1);
-    ASSERT_TRUE(waitUntil([&] { return played(watched) == ended; }));
-    log.mark();
-    v.setData(7);
-    EXPECT_TRUE(waitUntil([&] {
-      const std::vector<nlohmann::json> events = log.events();  // no abort came before this play
-      return std::any_of(events.begin(), events.end(), [](const nlohmann::json& e) {
-        return e.value("fn", "") == "krtSubmitIQ";
-      });
-    }));
+    checkPatternWithoutBitsPlaysNothing(*viewOf(mode));
   }
 }
 
