@@ -11,7 +11,9 @@
 #include "modes/pulse/pulse_unit.h"
 #include "modes/ramp_sweep/ramp_sweep_unit.h"
 #include "modes/step_sweep/step_sweep_unit.h"
+#include "wireless/wlan_ht/wlan_ht_unit.h"
 #include "wireless/wlan_nonht/wlan_non_ht_unit.h"
+#include "wireless/wlan_vht/wlan_vht_unit.h"
 
 void registerModeUnits(ModeRegistry& registry) {
   registerAmFmModes(registry);
@@ -22,6 +24,8 @@ void registerModeUnits(ModeRegistry& registry) {
   registerAwgnMode(registry);
   registerDigitalModMode(registry);
   registerWlanNonHtMode(registry);
+  registerWlanHtMode(registry);
+  registerWlanVhtMode(registry);
   registerArbMode(registry);
   registerStreamingMode(registry);
 }

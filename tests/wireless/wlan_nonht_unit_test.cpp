@@ -2,22 +2,16 @@
 // The IEEE 802.11a unit in the panel: its clamps and labels, the "WLAN_NonHT" preset group, and
 // the frames it plays into the simulated device.
 #include "wireless/wlan_nonht/mode_view_wlan_non_ht.h"
-#include "modes/mode_types.h"
-#include "modes/unit_panel_test.h"
-
-#include <QCheckBox>
+#include "wlan_unit_panel_test.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <functional>
-#include <string>
-#include <vector>
 
 namespace {
 
-using WlanNonHtUnitTest = UnitPanelTest<ModeViewWLANNonHT>;
+using WlanNonHtUnitTest = WlanUnitPanelTest<ModeViewWLANNonHT>;
 
 QString shown(const ModeViewWLANNonHT& v) {
   return QString("%1 %2 %3 %4 %5 %6")
@@ -51,13 +45,7 @@ TEST_F(WlanNonHtUnitTest, SlotsClampAndLabelsFollowTheRate) {
       {[](auto& v) { v.setRate(10); }, "2.5e+07 390625 16 0.1 QPSK 1/2"},
       {[](auto& v) { v.setRate(3); }, "2.5e+07 390625 16 0.1 QPSK 1/2"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.shown.toStdString());
-    QSignalSpy updated(view, &ModeWidget::updated);
-    row.set(*view);
-    EXPECT_EQ(shown(*view), row.shown);
-    EXPECT_EQ(updated.count(), 1);
-  }
+  for (const auto& row : rows) checkSet(*view, row.set, shown, row.shown);
   EXPECT_EQ(client.query(":SYST:ERR:COUN?"), "0");
 }
 
@@ -99,45 +87,22 @@ TEST_F(WlanNonHtUnitTest, PlaysOneFrameAndItsIdleAtTheModesRate) {
       {8, 4095, 5e6, 1e-6, 400 + 80 * 171 + 5},       // 48 Mb/s: (32760 + 22) / 192 -> 171
   };
   connectAndEnable();
-  view->setTriggerMode(TriggerSingle);
-  view->enabledCheck()->click();
   for (const auto& row : rows) {
     SCOPED_TRACE(row.rateCode);
-    view->setRate(row.rateCode);
-    view->setDataLength(row.bytes);
-    view->setSampleRate(row.sampleRate);
-    view->setIdleInterval(row.idle);
-    log.mark();
-    view->setTriggerMode(TriggerSingle);
-    ASSERT_TRUE(waitUntil([&] { return !played({"krtSetSampleRate"}).empty(); }));
-    client.command("*TRG");
-    ASSERT_TRUE(waitUntil([&] { return !played({"krtFlushAndWait"}).empty(); }));
-    EXPECT_EQ(played({"krtSetSampleRate", "krtSubmitIQ"}),
+    EXPECT_EQ(playOnePass(*view,
+                          [&] {
+                            view->setRate(row.rateCode);
+                            view->setDataLength(row.bytes);
+                            view->setSampleRate(row.sampleRate);
+                            view->setIdleInterval(row.idle);
+                          }),
               (Calls{{"krtSetSampleRate", row.sampleRate}, {"krtSubmitIQ", row.samples - 1}}));
   }
 }
 
-// A custom pattern without a '0' or '1' has nothing to repeat: that thread plays nothing and
-// ends by itself, and the next setting plays again.
 TEST_F(WlanNonHtUnitTest, PatternWithoutBitsPlaysNothing) {
   connectAndEnable();
-  log.mark();
-  view->enabledCheck()->click();
-  ASSERT_TRUE(waitUntil([&] { return !played({"krtSubmitIQ"}).empty(); }));
-  view->setCustomData("abc 23");
-  log.mark();
-  view->setData(-1);
-  const std::vector<std::string> watched = {"krtAbort", "krtSetSampleRate", "krtSubmitIQ"};
-  // The end of the running thread, then that of the custom one, which returned by itself.
-  const Calls ended = {{"krtAbort", 0}, {"krtAbort", 0}};
-  ASSERT_TRUE(waitUntil([&] { return played(watched) == ended; }));
-  log.mark();
-  view->setData(7);
-  EXPECT_TRUE(waitUntil([&] {
-    const std::vector<nlohmann::json> events = log.events();  // no abort came before this play
-    return std::any_of(events.begin(), events.end(),
-                       [](const nlohmann::json& e) { return e.value("fn", "") == "krtSubmitIQ"; });
-  }));
+  checkPatternWithoutBitsPlaysNothing(*view);
 }
 
 }  // namespace
