@@ -60,8 +60,8 @@ TEST_F(WlanNonHtAirTest, PlayedFramesDecodeToTheirPsdu) {
     int rateCode, source, bytes, scramblerInit;
     std::vector<uint8_t> bits;
   } rows[] = {
-      {11, 9, 50, 93, generatePnBits(9, 23)},    // 6 Mb/s
-      {12, 7, 64, 0x1F5, generatePnBits(7, 23)}, // 54 Mb/s; the low byte seeds
+      {11, 9, 50, 93, generatePnBits(9, 23)},     // 6 Mb/s
+      {12, 7, 64, 0x1F5, generatePnBits(7, 23)},  // 54 Mb/s; the low byte seeds
       {13, -1, 21, 1, {1, 1, 0, 1, 0, 0, 0}},     // 36 Mb/s, the pattern "1101000"
   };
   view->setCustomData("1101000");

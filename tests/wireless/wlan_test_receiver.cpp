@@ -23,10 +23,9 @@ constexpr Pilots kBasePilots = {1, 1, 1, -1};
 constexpr Pilots kFlatPilots = {1, 1, 1, 1};  // the mixed-format SIG symbols of this transmitter
 
 // L-LTF on k = -26..26.
-constexpr int kLegacyLtf[53] = {1,  1,  -1, -1, 1,  1,  -1, 1,  -1, 1,  1,  1,  1, 1,
-                                1,  -1, -1, 1,  1,  -1, 1,  -1, 1,  1,  1,  1,  0, 1,
-                                -1, -1, 1,  1,  -1, 1,  -1, 1,  -1, -1, -1, -1, -1, 1,
-                                1,  -1, -1, 1,  -1, 1,  -1, 1,  1,  1,  1};
+constexpr int kLegacyLtf[53] = {1,  1,  -1, -1, 1,  1, -1, 1,  -1, 1, 1,  1,  1,  1, 1,  -1, -1, 1,
+                                1,  -1, 1,  -1, 1,  1, 1,  1,  0,  1, -1, -1, 1,  1, -1, 1,  -1, 1,
+                                -1, -1, -1, -1, -1, 1, 1,  -1, -1, 1, -1, 1,  -1, 1, 1,  1,  1};
 
 double legacyLtf(int k) { return std::abs(k) <= 26 ? kLegacyLtf[k + 26] : 0.0; }
 double htLtf(int k) {
@@ -96,8 +95,8 @@ Bits viterbi(const std::vector<int8_t>& coded, size_t inputs) {
         const int ps = ((ns & 31) << 1) | d;
         if (metric[ps] >= kUnreached) continue;
         const int r = ((ns >> 5) << 6) | ps;  // input, then the six before it
-        const int m = metric[ps] + (a >= 0 && a != parity(r & 0133)) +
-                      (b >= 0 && b != parity(r & 0171));
+        const int m =
+            metric[ps] + (a >= 0 && a != parity(r & 0133)) + (b >= 0 && b != parity(r & 0171));
         if (m < next[ns]) {
           next[ns] = m;
           from[t][ns] = uint8_t(d);
@@ -296,8 +295,7 @@ public:
     Bits coded;
     for (int n = 0; n < symbols; ++n) {
       Bins z;
-      if (!symbol(d.first + long(n) * d.symbolLength + d.guard, advance, d.pilots(n), z))
-        return {};
+      if (!symbol(d.first + long(n) * d.symbolLength + d.guard, advance, d.pilots(n), z)) return {};
       Bits raw;
       for (int k : dataCarriers(d.edge)) demap(z[k + 32], d.mcs.bpsc, raw);
       const Bits di = deinterleave(raw, d.mcs.bpsc, d.columns);
@@ -344,9 +342,8 @@ int vhtSymbols(const Receiver& rx, DataLayout& d, const WlanRxFrame& f) {
   const double dataUs = (f.legacyLength + 3) / 3 * 4 + 20 - 40.0;
   for (int n = hi; n >= lo; --n) {
     const bool timed = f.shortGuard ? std::abs(n * 3.6 - dataUs) < 4.0 : n * 4.0 == dataUs;
-    if (timed && !rx.data({d.first + long(n - 1) * d.symbolLength, d.symbolLength, d.guard,
-                           d.edge, d.columns, d.mcs,
-                           [&](int) { return d.pilots(n - 1); }},
+    if (timed && !rx.data({d.first + long(n - 1) * d.symbolLength, d.symbolLength, d.guard, d.edge,
+                           d.columns, d.mcs, [&](int) { return d.pilots(n - 1); }},
                           1)
                       .empty())
       return n;
@@ -405,7 +402,8 @@ WlanRxFrame decodeWlanFrame(const Sample* samples, size_t count, WlanFrameKind k
     if (vht) {
       Bits sigB;
       if (!rx.sig(736, {false}, kBasePilots, 28, sigB)) return failed(f, "SIG-B: pilots or axis");
-      if (field(sigB, 17, 3) != 7 || !zeros(sigB, 20, 6)) return failed(f, "SIG-B reserved or tail");
+      if (field(sigB, 17, 3) != 7 || !zeros(sigB, 20, 6))
+        return failed(f, "SIG-B reserved or tail");
       f.sigBWords = int(field(sigB, 0, 17));
       symbols = vhtSymbols(rx, d, f);
       psduBytes = std::min(4 * f.sigBWords, (symbols * d.mcs.dataBits(52) - 22) / 8);
@@ -419,8 +417,8 @@ WlanRxFrame decodeWlanFrame(const Sample* samples, size_t count, WlanFrameKind k
   const Bits coded = rx.data(d, symbols);
   if (symbols == 0 || coded.empty()) return failed(f, "DATA symbols missing or pilots wrong");
   const size_t inputs = size_t(symbols) * size_t(d.mcs.dataBits(nonHt ? 48 : 52));
-  const Bits stream = descramble(viterbi(depuncture(coded, d.mcs.num, inputs), inputs),
-                                 f.scramblerSeed);
+  const Bits stream =
+      descramble(viterbi(depuncture(coded, d.mcs.num, inputs), inputs), f.scramblerSeed);
   if (kind == WlanFrameKind::Vht) {
     const uint32_t sigB = uint32_t(f.sigBWords) | 0xE0000u;  // the 20 bits that SIG-B sent
     Bits sigBBits;
