@@ -6,6 +6,11 @@
 
 #include <algorithm>
 
+long long padToWholeBytes(BitVector& psdu) {
+  psdu.resize((psdu.size() + 7) / 8 * 8, 0);
+  return static_cast<long long>(psdu.size() / 8);
+}
+
 DataFieldSize dataFieldSize(long long lengthBytes, int dataBitsPerSymbol) {
   if (dataBitsPerSymbol < 1) return {};
   const long long payload = 8 * lengthBytes + wlanServiceBits + wlanTailBits;

@@ -9,6 +9,9 @@
 constexpr int wlanServiceBits = 16;
 constexpr int wlanTailBits = 6;
 
+// Pads `psdu` with zero bits to whole bytes and returns its length L in bytes.
+long long padToWholeBytes(BitVector& psdu);
+
 // N_SYM = ceiling((8 x L + 22) / N_DBPS) and the pad bits that fill the last symbol. Even an
 // empty PSDU takes a symbol, for the service and tail bits.
 struct DataFieldSize {

@@ -34,8 +34,7 @@ BitVector htSigBits(int mcs, int bandwidth, long long lengthBytes, bool shortGua
 ComplexVector buildHtFrame(HtFrameParams params) {
   const RateParams& rate = htRate(params.mcs, 0);
   WlanFft fft;
-  params.data.resize((params.data.size() + 7) / 8 * 8, 0);
-  const long long length = static_cast<long long>(params.data.size() / 8);
+  const long long length = padToWholeBytes(params.data);
   const DataFieldSize size = dataFieldSize(length, rate.dataBitsPerSymbol);
   const double txTime = htTxTime(size.symbols, params.shortGuard, preambleMicroseconds);
   ComplexVector frame;

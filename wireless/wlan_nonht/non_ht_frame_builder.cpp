@@ -45,8 +45,7 @@ void appendData(ComplexVector& frame, const NonHtFrameParams& params, const BitV
 ComplexVector buildNonHtFrame(NonHtFrameParams params) {
   if (params.rate.dataBitsPerSymbol < 1 || params.rate.bitsPerSubcarrier < 1) return {};
   WlanFft fft;
-  params.data.resize((params.data.size() + 7) / 8 * 8, 0);
-  const long long length = static_cast<long long>(params.data.size() / 8);
+  const long long length = padToWholeBytes(params.data);
   const DataFieldSize size = dataFieldSize(length, params.rate.dataBitsPerSymbol);
   ComplexVector frame;
   frame.reserve(static_cast<size_t>(preambleSamples + symbolSamples * size.symbols));

@@ -60,8 +60,7 @@ uint8_t vhtServiceCrc(uint32_t sigB, int bandwidth) {
 ComplexVector buildVhtFrame(VhtFrameParams params) {
   const RateParams& rate = vhtRate(params.mcs, 0);
   WlanFft fft;
-  params.data.resize((params.data.size() + 7) / 8 * 8, 0);
-  const long long length = static_cast<long long>(params.data.size() / 8);
+  const long long length = padToWholeBytes(params.data);
   const DataFieldSize size = dataFieldSize(length, rate.dataBitsPerSymbol);
   const double txTime = htTxTime(size.symbols, params.shortGuard, preambleMicroseconds);
   const uint32_t sigB = vhtSigBValue(length);
