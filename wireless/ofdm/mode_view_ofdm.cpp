@@ -18,7 +18,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSettings>
-#include <QSignalBlocker>
 
 #include <algorithm>
 
@@ -93,6 +92,7 @@ void ModeViewOFDM::connectControls() {
   connect(symbolCountEdit, &IntLineEdit::valueChanged, this, &ModeViewOFDM::symbolCountChanged);
   connect(guardIntervalEdit, &DoubleEdit::editUpdated, this, &ModeViewOFDM::guardIntervalChanged);
   connect(nullDcCheck, &QCheckBox::toggled, this, [this](bool on) {
+    if (filling) return;
     config.nullDc = on;
     emit updated();
   });
@@ -106,7 +106,7 @@ OFDMConfig ModeViewOFDM::configuration() const {
   gathered.guardCarriersRight = guardRightEdit->value();
   gathered.symbolCount = symbolCountEdit->value();
   gathered.nullDc = nullDcCheck->isChecked();
-  gathered.guardInterval = std::clamp(guardIntervalEdit->value(), 0.0, maxGuardInterval);
+  gathered.guardInterval = guardIntervalEdit->value();
   return gathered;
 }
 
@@ -121,7 +121,8 @@ std::vector<Sample> ModeViewOFDM::generateWaveform() const { return generateOfdm
 
 // A size from a file that the combo doesn't offer is added, so the combo still shows the store.
 void ModeViewOFDM::refreshControls() {
-  const QSignalBlocker blockers[] = {QSignalBlocker(fftCombo), QSignalBlocker(nullDcCheck)};
+  // Not by blocking signals: the combo mirrors its value for other threads on its own signal.
+  filling = true;
   if (fftCombo->findData(config.fftSize) < 0)
     fftCombo->addItem(QString::number(config.fftSize), config.fftSize);
   fftCombo->selectValue(config.fftSize);
@@ -132,12 +133,14 @@ void ModeViewOFDM::refreshControls() {
   guardIntervalEdit->setValue(config.guardInterval);
   nullDcCheck->setChecked(config.nullDc);
   resourcesLabel->setText(QString::asprintf("%d", int(config.resources.size())));
+  filling = false;
   refreshBandwidth();
 }
 
 void ModeViewOFDM::refreshBandwidth() { bandwidthLabel->setText(formatFrequency(sampleRate())); }
 
 void ModeViewOFDM::fftSizeChanged() {
+  if (filling) return;
   config.fftSize = fftCombo->currentValue();
   refreshBandwidth();
   emit updated();

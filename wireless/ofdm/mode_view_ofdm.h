@@ -75,6 +75,7 @@ private:
   void refreshBandwidth();
 
   OFDMConfig config;
+  bool filling = false;  // the controls are being set from `config`
 
   MyComboBox* fftCombo;
   FrequencyEdit* spacingEdit;
