@@ -14,6 +14,7 @@ void IQLineEdit::setValues(const std::vector<Sample>& values) {
   values_ = values;
   valid_ = true;
   setText(iqListText(values));
+  setCursorPosition(0);  // a long list shows its start
   colourValidity(this, true);
 }
 

@@ -15,6 +15,7 @@ RangeEditor::RangeEditor(QWidget* parent) : QLineEdit(parent) {
 
 void RangeEditor::setRange(const QString& text) {
   setText(text);
+  setCursorPosition(0);  // a long range shows its start
   parse();
 }
 
