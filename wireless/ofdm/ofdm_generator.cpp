@@ -6,25 +6,34 @@
 #include "digital/modulation_map.h"
 #include "dsp/vec_fft.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
 using Grid = std::vector<std::vector<Sample>>;
 
+// The part of a sorted list within first .. last.
+std::pair<const int*, const int*> within(const std::vector<int>& sorted, long long first,
+                                         long long last) {
+  const int* begin = sorted.data();
+  const int* end = begin + sorted.size();
+  const int* from = std::lower_bound(begin, end, first, [](int v, long long x) { return v < x; });
+  const int* to = std::upper_bound(from, end, last, [](long long x, int v) { return x < v; });
+  return {from, to};
+}
+
 // Calls write(row, bin) for each symbol and subcarrier of `r` inside the grid, symbols outer,
-// both ascending; whatever lies outside is skipped without a value being used up.
+// both ascending; whatever lies outside is skipped without a value being used up. The lists are
+// cut to the grid first, so a range far wider than the grid costs nothing.
 template <class Write>
 void forEachCell(const OFDMResource& r, const OFDMConfig& config, Write write) {
   const int n = config.fftSize;
-  for (int s : r.symbolRange.values) {
-    if (s < 1 || s > config.symbolCount) continue;
-    for (int c : r.subcarrierIndices.values) {
-      const long long bin = n / 2 + static_cast<long long>(c);
-      if (bin < 0 || bin >= n) continue;
-      write(s - 1, static_cast<int>(bin));
-    }
-  }
+  const auto [s0, s1] = within(r.symbolRange.values, 1, config.symbolCount);
+  const auto [c0, c1] = within(r.subcarrierIndices.values, -(n / 2), n - 1 - n / 2);
+  for (const int* s = s0; s != s1; ++s)
+    for (const int* c = c0; c != c1; ++c) write(*s - 1, n / 2 + *c);
 }
 
 // The cursor runs on across symbols and wraps at the list's end; an empty list writes zeros.
