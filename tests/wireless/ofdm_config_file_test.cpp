@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 namespace {
 
@@ -34,10 +35,8 @@ TEST(OfdmRangeSyntax, PartsAreFoldedSortedOrRefused) {
       {"9,5:3,1", false, {9}},  // the first bound above the second; later parts are not read
       {"1:2:3", false, {}},
       {"4,1:", false, {4}},
-      {":", false, {}},
       {"2,x", false, {2}},
       {"1.5", false, {}},
-      {"0x10", false, {}},
       {"99999999999", false, {}},
       {"3,0:2000000", false, {3}},  // a span beyond any grid
   };
@@ -79,15 +78,10 @@ struct IniFile {
 };
 
 void expectSameResource(const OFDMResource& a, const OFDMResource& b) {
-  EXPECT_EQ(a.name, b.name);
-  EXPECT_EQ(a.symbolRange.text, b.symbolRange.text);
-  EXPECT_EQ(a.symbolRange.values, b.symbolRange.values);
-  EXPECT_EQ(a.subcarrierIndices.values, b.subcarrierIndices.values);
-  EXPECT_EQ(a.modulation, b.modulation);
-  EXPECT_EQ(a.dataType, b.dataType);
-  EXPECT_EQ(a.userIq, b.userIq);
-  EXPECT_EQ(a.bitSelect, b.bitSelect);
-  EXPECT_EQ(a.userBits, b.userBits);
+  EXPECT_EQ(std::tie(a.name, a.symbolRange.text, a.symbolRange.values, a.subcarrierIndices.values,
+                     a.modulation, a.dataType, a.userIq, a.bitSelect, a.userBits),
+            std::tie(b.name, b.symbolRange.text, b.symbolRange.values, b.subcarrierIndices.values,
+                     b.modulation, b.dataType, b.userIq, b.bitSelect, b.userBits));
 }
 
 // Written and read back into a configuration whose list is shorter: the existing entry keeps

@@ -65,37 +65,26 @@ TEST(OfdmDefaults, FrameConfigurationLaysPreamblesSignalDataAndPilots) {
   const OFDMConfig config = defaultOfdmConfig(1);
   ASSERT_EQ(config.resources.size(), 6u);
   const Grid grid = buildOfdmGrid(config);
-  const Sample j(0, 1), one(1, 0);
-  // Short preamble at every fourth subcarrier, but "Pilots" overlay -21, -7 and 7 with BPSK.
-  for (int s : {1, 2}) {
-    EXPECT_EQ(at(grid, s, -24), Sample(1, 1));
-    EXPECT_EQ(at(grid, s, -20), Sample(-1, -1));
-    EXPECT_EQ(at(grid, s, 4), Sample(-1, -1));
-    EXPECT_EQ(at(grid, s, 24), Sample(1, 1));
-    EXPECT_EQ(at(grid, s, 2), Sample(0, 0));
-    for (int c : {-21, -7, 7}) EXPECT_EQ(std::abs(at(grid, s, c).real()), 1.0f) << s << " " << c;
-    EXPECT_EQ(at(grid, s, 21), Sample(0, 0));
-  }
-  // Long 2 is L(k); Long 1 is L(k) x (-j)^k.
-  EXPECT_EQ(at(grid, 4, -26), one);
-  EXPECT_EQ(at(grid, 4, -24), -one);
-  EXPECT_EQ(at(grid, 4, 26), one);
-  EXPECT_EQ(at(grid, 3, -26), -one);
-  EXPECT_EQ(at(grid, 3, -1), j);
-  EXPECT_EQ(at(grid, 3, 1), -j);
-  EXPECT_EQ(at(grid, 3, 2), one);
-  EXPECT_EQ(at(grid, 3, 3), -j);
-  // The pilot list misses +21 and names 27, in the guard band: +21 keeps the long preambles
-  // and is empty beside SIGNAL and data, whose lists skip it; DC is 0.
-  EXPECT_EQ(at(grid, 3, 21), -j);  // L(21) = 1
-  EXPECT_EQ(at(grid, 4, 21), one);
-  for (int s = 5; s <= 24; ++s) {
-    EXPECT_EQ(at(grid, s, 21), Sample(0, 0)) << s;
-    EXPECT_EQ(at(grid, s, 27), Sample(0, 0)) << s;
-    EXPECT_EQ(at(grid, s, 0), Sample(0, 0)) << s;
-    EXPECT_EQ(at(grid, s, -27), Sample(0, 0)) << s;
-  }
-  EXPECT_TRUE(isPoint(defaultModulationMap(DigitalModBPSK).states, at(grid, 5, 1)));
+  const Sample j(0, 1), one(1, 0), z(0, 0);
+  // Short preamble (symbols 1, 2) at every fourth subcarrier; long 1 (symbol 3) is L(k) x
+  // (-j)^k and long 2 (symbol 4) L(k). The pilot list misses +21, so it keeps the preambles and
+  // is empty beside SIGNAL and data, whose lists skip it; its 27 falls in the guard band.
+  const struct {
+    int symbol, subcarrier;
+    Sample value;
+  } cells[] = {{1, -24, {1, 1}}, {2, -20, {-1, -1}}, {1, 4, {-1, -1}}, {2, 24, {1, 1}},
+               {1, 2, z},        {2, 21, z},         {4, -26, one},     {4, -24, -one},
+               {4, 26, one},     {4, 21, one},       {3, -26, -one},    {3, -1, j},
+               {3, 1, -j},       {3, 2, one},        {3, 3, -j},        {3, 21, -j},
+               {5, 21, z},       {24, 21, z},        {5, 27, z},        {24, 0, z},
+               {9, -27, z}};
+  for (const auto& c : cells)
+    EXPECT_EQ(at(grid, c.symbol, c.subcarrier), c.value) << c.symbol << " " << c.subcarrier;
+  // "Pilots" overlay the preambles at -21, -7 and 7 with BPSK; SIGNAL is BPSK, data QAM16.
+  const std::vector<Sample> bpsk = defaultModulationMap(DigitalModBPSK).states;
+  for (int s : {1, 3, 4, 24})
+    for (int c : {-21, -7, 7}) EXPECT_TRUE(isPoint(bpsk, at(grid, s, c))) << s << " " << c;
+  EXPECT_TRUE(isPoint(bpsk, at(grid, 5, 1)));
   EXPECT_TRUE(isPoint(defaultModulationMap(DigitalModQAM16).states, at(grid, 6, 1)));
   expectSymbolsMatchGrid(config, generateOfdm(config));
   EXPECT_EQ(generateOfdm(config).size(), 24u * 80u);

@@ -18,9 +18,9 @@ class QCheckBox;
 class QDialog;
 class QLabel;
 
-// Not in the mode list and without a generator of its own: the window shows it beside the
-// modes. The resources live in `config`; the controls hold the rest and their slots copy it
-// there.
+// Not in the mode list and without a generator of its own: the main window shows it in its
+// OFDM builder, which plays the waveform through the arb mode. The resources live in `config`;
+// the controls hold the rest and their slots copy it there.
 class ModeViewOFDM : public ModeWidget {
   Q_OBJECT
 
