@@ -11,6 +11,7 @@ class ArbSequenceEditor;
 class CentralWidget;
 class ErrorLog;
 class ImpairmentWidget;
+class OFDMBuilderDialog;
 class QAction;
 class QDockWidget;
 class QMenu;
@@ -51,6 +52,7 @@ public slots:
   void showErrorList();
   void clearErrorList();
   void showArbSequenceEditor();
+  void showOfdmBuilder();
   void openSoftwareManual();
   void openProductManual();
   void openWebsite();
@@ -88,6 +90,8 @@ private:
   ErrorLog* errorLog = nullptr;
   // Made at its first opening and kept, so its content lasts between openings.
   ArbSequenceEditor* sequenceEditor = nullptr;
+  // Likewise kept, and not modal: the arb mode it plays into stays at hand.
+  OFDMBuilderDialog* ofdmBuilder = nullptr;
   bool connecting = false;  // a device is being opened in a nested event loop
   bool closeRequested_ = false;
 };

@@ -5,6 +5,7 @@
 #include "arb/sequence_editor/arb_sequence_editor.h"
 #include "core/central_widget.h"
 #include "core/impairment_widget.h"
+#include "core/ofdm_builder_dialog.h"
 #include "persist/paths.h"
 #include "shell/about_dialog.h"
 #include "shell/error_log.h"
@@ -76,6 +77,7 @@ void MainWindow::buildUtilitiesMenu() {
   utilities->addAction(impairmentDock->toggleViewAction());
   utilities->addSeparator();
   utilities->addAction("Arb Sequence Editor", this, &MainWindow::showArbSequenceEditor);
+  utilities->addAction("OFDM Waveform Builder", this, &MainWindow::showOfdmBuilder);
 }
 
 void MainWindow::buildHelpMenu() {
@@ -176,6 +178,12 @@ void MainWindow::clearErrorList() { errorLogClear(); }
 void MainWindow::showArbSequenceEditor() {
   if (!sequenceEditor) sequenceEditor = new ArbSequenceEditor(this);
   sequenceEditor->exec();
+}
+
+void MainWindow::showOfdmBuilder() {
+  if (!ofdmBuilder) ofdmBuilder = new OFDMBuilderDialog(central, this);
+  ofdmBuilder->show();
+  ofdmBuilder->raise();
 }
 
 // ---- Help ---------------------------------------------------------------------------------

@@ -3,7 +3,9 @@
 // Each Startup case runs in a process of its own with the devices its CTest entry names.
 #include "core/main_window.h"
 
+#include "arb/arb_mode/mode_view_arb.h"
 #include "core/central_widget.h"
+#include "core/ofdm_builder_dialog.h"
 #include "core/status_bar.h"
 #include "core_test_env.h"
 #include "krt/krt_api.h"
@@ -14,6 +16,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QSettings>
 
 #include <gtest/gtest.h>
@@ -181,3 +184,33 @@ TEST(Window, PowerOnPresetAtEachConnect) {
 }
 
 }  // namespace
+
+// The OFDM builder is reached from "Utilites"; "Play in Arb Mode" hands the waveform to the arb
+// mode at fftSize x spacing and makes it the playing mode.
+TEST(Window, OfdmBuilderPlaysInArb) {
+  WarningRecorder recorder;
+  MainWindow window;
+  QAction* entry = nullptr;
+  for (QAction* a : menu(window, "Utilites")->actions())
+    if (a->text() == "OFDM Waveform Builder") entry = a;
+  ASSERT_TRUE(entry);
+  entry->trigger();
+  auto* builder = window.findChild<OFDMBuilderDialog*>();
+  ASSERT_TRUE(builder);
+  EXPECT_TRUE(builder->isVisible());
+  EXPECT_EQ(builder->windowTitle(), "OFDM Waveform Builder");
+  for (QPushButton* b : builder->findChildren<QPushButton*>())
+    if (b->text() == "Play in Arb Mode") b->click();
+  CentralWidget* central = window.centralPanel();
+  EXPECT_EQ(central->currentMode(), 13);
+  ModeViewArb* arb = nullptr;
+  for (ModeWidget* view : central->views())
+    if (view->modeIndex() == 13) arb = qobject_cast<ModeViewArb*>(view);
+  ASSERT_TRUE(arb);
+  const ArbInfo info = arb->getArbInfo();
+  EXPECT_TRUE(info.loaded);
+  EXPECT_EQ(info.fileLength, 16 * 80);
+  EXPECT_EQ(info.sampleRate, 5e6);
+  entry->trigger();  // the same builder again
+  EXPECT_EQ(window.findChildren<OFDMBuilderDialog*>().size(), 1);
+}
