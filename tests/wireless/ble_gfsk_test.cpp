@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+// GFSK of modulation index 0.5: packets and the fixed burst demodulated from the instantaneous
+// frequency, their rates, lengths, envelopes and ramps.
+#include "wireless/ble/ble_waveform.h"
+#include "wireless/ble/gfsk_burst.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <vector>
+
+namespace {
+
+using Bits = std::vector<uint8_t>;
+
+// Phase steps (radians) summed over each symbol centred on sample k x sps: the sign gives the
+// bit, and the sum alone the phase a symbol moves by.
+std::vector<double> symbolPhases(const std::vector<Sample>& y, int sps, size_t symbols) {
+  const size_t n = symbols * sps;
+  std::vector<double> phases(symbols, 0.0);
+  for (size_t i = 0; i < n; ++i) {
+    const std::complex<double> now(y[i]), before(y[(i + n - 1) % n]);
+    const size_t symbol = ((i + sps / 2) / sps) % symbols;
+    phases[symbol] += std::arg(now * std::conj(before));
+  }
+  return phases;
+}
+
+Bits bitsOf(const std::vector<double>& phases, size_t first, size_t count) {
+  Bits bits;
+  for (size_t i = first; i < first + count; ++i) bits.push_back(phases[i] > 0);
+  return bits;
+}
+
+// Demodulated back to the packet bits; a long run turns a quarter cycle a symbol; unit
+// magnitude; the idle zeros follow at sps x 1e6 (twice that for LE 2M).
+TEST(BleGfsk, PacketBitsComeBackAtIndexHalf) {
+  Bits pdu(64, 1);  // a run of ones shows the index
+  for (int i = 0; i < 96; ++i) pdu.push_back((i * 7 / 3) % 2);
+  const struct {
+    int phy, sps;
+    double idle, rate;
+    int zeros;
+  } rows[] = {
+      {0, 4, 0.001, 4e6, 4000},
+      {1, 4, 0.0, 8e6, 0},
+      {0, 8, 2.5e-6, 8e6, 20},
+      {1, 2, 1e-3, 4e6, 4000},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.sps);
+    BleSettings s;
+    s.phy = row.phy;
+    s.whitening = false;  // keeps the run
+    const Bits packet = buildBlePacketBits(s, pdu);
+    const Waveform wave = buildBleWaveform(s, row.sps, row.idle, pdu);
+    EXPECT_EQ(wave.sampleRate, row.rate);
+    ASSERT_EQ(wave.samples.size(), packet.size() * row.sps + row.zeros);
+    const std::vector<Sample> burst(wave.samples.begin(), wave.samples.end() - row.zeros);
+    const std::vector<double> phases = symbolPhases(burst, row.sps, packet.size());
+    EXPECT_EQ(bitsOf(phases, 0, packet.size()), packet);
+    const size_t run = (row.phy ? 16 : 8) + 32 + 20;  // inside the PDU's ones
+    EXPECT_NEAR(phases[run], M_PI / 2, 1e-4);
+    for (const Sample& v : burst) ASSERT_NEAR(std::abs(v), 1.0f, 1e-4f);
+    for (size_t i = burst.size(); i < wave.samples.size(); ++i)
+      ASSERT_EQ(wave.samples[i], Sample(0, 0));
+    EXPECT_NEAR(wave.levelOffsetDb, 0.0, 1e-4);
+  }
+}
+
+TEST(BleGfsk, NoSamplesForWhatCantBeBuilt) {
+  BleSettings s;
+  EXPECT_FALSE(buildBleWaveform(s, 4, 0.0, Bits(8, 0)).samples.empty());
+  EXPECT_TRUE(buildBleWaveform(s, 0, 0.0, Bits(8, 0)).samples.empty());
+  EXPECT_TRUE(buildBleWaveform(s, 4, 1e6, Bits(8, 0)).samples.empty());  // idle past an int
+  s.phy = 2;
+  EXPECT_TRUE(buildBleWaveform(s, 4, 0.0, Bits(8, 0)).samples.empty());
+}
+
+// 342 bits at 4 samples a symbol, ramped in and out over five samples, silent from 1400 on:
+// the header's nine 0-1 pairs, each bit sent three times, stand behind 72 bits of sync, which
+// alternate at both ends.
+TEST(BleGfsk, FixedBurst) {
+  const Waveform wave = buildGfskBurst();
+  EXPECT_EQ(wave.sampleRate, 4e6);
+  ASSERT_EQ(wave.samples.size(), 2500u);
+  for (size_t i = 1400; i < 2500; ++i) ASSERT_EQ(wave.samples[i], Sample(0, 0));
+  const float ramp[] = {0.0f, 0.2f, 0.4f, 0.6f, 0.8f, 1.0f};
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_NEAR(std::abs(wave.samples[i]), ramp[i], 1e-5f);
+    EXPECT_NEAR(std::abs(wave.samples[1399 - i]), ramp[i], 1e-5f);
+  }
+  // The convolution's full length puts symbol k's centre at 4k + 16.
+  const std::vector<Sample> burst(wave.samples.begin() + 16, wave.samples.begin() + 16 + 1368);
+  const std::vector<double> phases = symbolPhases(burst, 4, 342);
+  Bits header;
+  for (int pair = 0; pair < 9; ++pair) header.insert(header.end(), {0, 0, 0, 1, 1, 1});
+  EXPECT_EQ(bitsOf(phases, 72, 54), header);
+  const Bits sync = bitsOf(phases, 0, 72);
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_NE(sync[i], sync[i + 1]);
+    EXPECT_NE(sync[67 + i], sync[68 + i]);
+  }
+  EXPECT_NEAR(phases[79], -M_PI / 2, 1e-3) << "inside a run of three zeros";
+}
+
+}  // namespace
