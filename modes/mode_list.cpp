@@ -11,6 +11,7 @@
 #include "modes/pulse/pulse_unit.h"
 #include "modes/ramp_sweep/ramp_sweep_unit.h"
 #include "modes/step_sweep/step_sweep_unit.h"
+#include "wireless/ble/ble_unit.h"
 #include "wireless/wlan_nonht/wlan_non_ht_unit.h"
 
 void registerModeUnits(ModeRegistry& registry) {
@@ -21,6 +22,7 @@ void registerModeUnits(ModeRegistry& registry) {
   registerRampSweepMode(registry);
   registerAwgnMode(registry);
   registerDigitalModMode(registry);
+  registerBleMode(registry);
   registerWlanNonHtMode(registry);
   registerArbMode(registry);
   registerStreamingMode(registry);

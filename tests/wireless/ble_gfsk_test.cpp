@@ -3,35 +3,16 @@
 // frequency, their rates, lengths, envelopes and ramps.
 #include "wireless/ble/ble_waveform.h"
 #include "wireless/ble/gfsk_burst.h"
+#include "ble_air_bits.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <complex>
 #include <vector>
 
 namespace {
 
 using Bits = std::vector<uint8_t>;
-
-// Phase steps (radians) summed over each symbol centred on sample k x sps: the sign gives the
-// bit, and the sum alone the phase a symbol moves by.
-std::vector<double> symbolPhases(const std::vector<Sample>& y, int sps, size_t symbols) {
-  const size_t n = symbols * sps;
-  std::vector<double> phases(symbols, 0.0);
-  for (size_t i = 0; i < n; ++i) {
-    const std::complex<double> now(y[i]), before(y[(i + n - 1) % n]);
-    const size_t symbol = ((i + sps / 2) / sps) % symbols;
-    phases[symbol] += std::arg(now * std::conj(before));
-  }
-  return phases;
-}
-
-Bits bitsOf(const std::vector<double>& phases, size_t first, size_t count) {
-  Bits bits;
-  for (size_t i = first; i < first + count; ++i) bits.push_back(phases[i] > 0);
-  return bits;
-}
 
 // Demodulated back to the packet bits; a long run turns a quarter cycle a symbol; unit
 // magnitude; the idle zeros follow at sps x 1e6 (twice that for LE 2M).

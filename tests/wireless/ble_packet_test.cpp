@@ -4,6 +4,7 @@
 #include "wireless/ble/ble_packet_bits.h"
 
 #include "digital/bit_sources.h"
+#include "ble_air_bits.h"
 
 #include <gtest/gtest.h>
 
@@ -13,16 +14,6 @@
 namespace {
 
 using Bits = std::vector<uint8_t>;
-
-// Bytes in air order, each least significant bit first, as PDUs go on air.
-Bits bitsOfHex(const std::string& hex) {
-  Bits bits;
-  for (size_t i = 0; i + 1 < hex.size(); i += 2) {
-    const unsigned byte = std::stoul(hex.substr(i, 2), nullptr, 16);
-    for (int k = 0; k < 8; ++k) bits.push_back((byte >> k) & 1);
-  }
-  return bits;
-}
 
 Bits bitsOfText(const char* text) {
   Bits bits;

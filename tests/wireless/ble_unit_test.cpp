@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+// The Bluetooth LE unit in the panel: the "BLE" preset group, a packet played through the
+// simulated device and read back from its recording, PDUs that can't be built, and the fixed
+// burst of index 12 in the dispatch.
+#include "wireless/ble/mode_view_ble.h"
+#include "ble_air_bits.h"
+#include "modes/mode_registry.h"
+#include "modes/mode_types.h"
+#include "modes/unit_panel_test.h"
+
+#include <QCheckBox>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <fstream>
+#include <string>
+#include <vector>
+
+bool recordsPlayback() { return true; }
+
+namespace {
+
+using BleUnitTest = UnitPanelTest<ModeViewBLE>;
+
+// Samples recorded so far: the recording runs on across the tests of this program, and so
+// do its meta's entries.
+int64_t recordedCount() {
+  std::ifstream in(recordingPath() + ".sigmf-data", std::ios::binary | std::ios::ate);
+  return in ? static_cast<int64_t>(in.tellg()) / 8 : 0;
+}
+
+nlohmann::json recordingMeta() {
+  std::ifstream in(recordingPath() + ".sigmf-meta");
+  return nlohmann::json::parse(in, nullptr, false);
+}
+
+std::vector<Sample> recordedSamples(int64_t first, size_t count) {
+  std::vector<Sample> samples(count);
+  std::ifstream in(recordingPath() + ".sigmf-data", std::ios::binary);
+  in.seekg(first * 8);
+  in.read(reinterpret_cast<char*>(samples.data()), static_cast<std::streamsize>(count * 8));
+  return in ? samples : std::vector<Sample>{};
+}
+
+// The first sample of the first annotation or capture segment from `after` on that `match`
+// accepts; -1 if none.
+template <class Match>
+int64_t firstStart(const char* list, int64_t after, Match match) {
+  const nlohmann::json meta = recordingMeta();
+  if (meta.is_discarded()) return -1;
+  for (const auto& entry : meta.value(list, nlohmann::json::array())) {
+    const int64_t start = entry.value("core:sample_start", int64_t{-1});
+    if (start >= after && match(entry)) return start;
+  }
+  return -1;
+}
+
+const QString defaults =
+    "AccessAddress=5A3D2F1E|CRCEnabled=true|CRCInit=55555555|ChannelIndex=37|"
+    "CustomBitString=00000000|PDUByteCount=32|PDUDataSeed=23|PDUDataSource=9|TriggerMode=0|"
+    "WhiteningEnabled=true";
+
+// Keys fall back to the controls; nothing is clamped on the way in, an unknown source keeps
+// the selection, and "Mode" and "Idle Interval" are no keys.
+TEST_F(BleUnitTest, PresetGroup) {
+  EXPECT_EQ(savedGroup("BLE"), defaults);
+  view->setPhy(1);
+  view->setIdleInterval(0.002);
+  loadText("[BLE]\nTriggerMode=1\nChannelIndex=99\nAccessAddress=zz12\nCRCEnabled=false\n"
+           "CRCInit=123456789\nWhiteningEnabled=false\nPDUDataSource=8\nPDUDataSeed=-4\n"
+           "PDUByteCount=-7\nCustomBitString=10x1\nMode=0\nIdleInterval=1\n");
+  EXPECT_EQ(savedGroup("BLE"),
+            QString("AccessAddress=zz12|CRCEnabled=false|CRCInit=123456789|ChannelIndex=99|"
+                    "CustomBitString=10x1|PDUByteCount=-7|PDUDataSeed=-4|PDUDataSource=9|"
+                    "TriggerMode=1|WhiteningEnabled=false"));
+  const BleSettings s = view->settings();
+  EXPECT_EQ(s.phy, 1);
+  EXPECT_EQ(view->idleInterval(), 0.002);
+  EXPECT_EQ(s.accessAddress, 0x12u);
+  EXPECT_EQ(s.crcInit, 0x23456789u);
+  EXPECT_EQ(s.channelIndex, 99);
+  EXPECT_FALSE(s.crcAttached || s.whitening);
+  EXPECT_TRUE(view->isSingle());
+  loadText("[BLE]\nPDUDataSource=-1\n");
+  EXPECT_EQ(view->pduSource(), -1);
+  view->setDefaults();
+  EXPECT_EQ(savedGroup("BLE"), QString(defaults).replace("=00000000", "=10x1"));
+  EXPECT_EQ(view->settings().phy, 0);
+  EXPECT_EQ(view->samplesPerSymbol(), 4);
+}
+
+// One triggered pass at 4 MS/s, demodulated from the recording: the preamble, the advertising
+// address and a PDU whitened with its CRC on channel 37, as worked out by hand. The packet
+// plays at the panel's level, its mean power being 0 dB.
+TEST_F(BleUnitTest, PlaysTheAdvertisingPacketAtIndexHalf) {
+  const std::vector<uint8_t> pdu = bitsOfHex("4209563412EEFFC0020106");
+  QString pattern;
+  for (const uint8_t bit : pdu) pattern += bit ? '1' : '0';
+  std::vector<uint8_t> air = {0, 1, 0, 1, 0, 1, 0, 1};
+  for (const auto& part : {std::string("D6BE898E"), std::string("CFDB01952F4999707730173831C1")})
+    for (const uint8_t bit : bitsOfHex(part)) air.push_back(bit);
+  const int sps = 4, idle = 40;
+
+  const int64_t before = recordedCount();
+  client.command(":POW -20");
+  view->setAccessAddress("8E89BED6");
+  view->setCustomPattern(pattern);
+  view->setPduSource(-1);
+  view->setIdleInterval(idle / 4e6);
+  connectAndEnable();
+  view->enabledCheck()->click();
+  log.mark();
+  view->setTriggerMode(TriggerSingle);
+  ASSERT_TRUE(waitUntil([&] { return !played({"krtSetSampleRate"}).empty(); }));
+  client.command("*TRG");
+  ASSERT_TRUE(waitUntil([&] { return !played({"krtFlushAndWait"}).empty(); }));
+  const int pass = static_cast<int>(air.size()) * sps + idle;
+  EXPECT_EQ(played({"krtSetSampleRate", "krtSubmitIQ"}),
+            (Calls{{"krtSetSampleRate", 4e6}, {"krtSubmitIQ", pass - 1}}));
+  const Calls level = played({"krtSetLevel"});
+  ASSERT_EQ(level.size(), 1u);
+  EXPECT_NEAR(level[0].second, -20.0, 1e-4);
+
+  const int64_t start = firstStart("annotations", before, [](const auto& a) {
+    return a.value("core:label", "") == "trigger";
+  });
+  ASSERT_GE(start, 0);
+  const std::vector<Sample> burst = recordedSamples(start, air.size() * sps);
+  ASSERT_FALSE(burst.empty());
+  EXPECT_EQ(bitsOf(symbolPhases(burst, sps, air.size()), 0, air.size()), air);
+  for (const Sample& v : burst) ASSERT_NEAR(std::abs(v), 1.0f, 1e-4f);
+}
+
+// A custom pattern that isn't whole bytes, or a negative byte count of a PN source: that
+// thread plays nothing and ends by itself, and the next setting plays again.
+TEST_F(BleUnitTest, PduThatCantBeBuiltPlaysNothing) {
+  connectAndEnable();
+  log.mark();
+  view->enabledCheck()->click();
+  ASSERT_TRUE(waitUntil([&] { return !played({"krtSubmitIQ"}).empty(); }));
+  const std::vector<std::string> watched = {"krtAbort", "krtSetSampleRate", "krtSubmitIQ"};
+  const Calls ended = {{"krtAbort", 0}, {"krtAbort", 0}};
+  view->setCustomPattern("1010101");
+  log.mark();
+  view->setPduSource(-1);
+  ASSERT_TRUE(waitUntil([&] { return played(watched) == ended; }));
+  view->setPduSource(7);
+  log.mark();
+  view->setByteCount(-1);
+  ASSERT_TRUE(waitUntil([&] { return played(watched) == ended; }));
+  log.mark();
+  view->setByteCount(0);
+  EXPECT_TRUE(waitUntil([&] { return log.calls("krtSubmitIQ").size() > 0; }));
+}
+
+// Index 12 has no view among the instrument's; a bare one selects it here, so that the
+// dispatch runs the fixed burst: 2500 samples at 4 MS/s, repeated, silent from 1400 on.
+class PlainView : public ModeWidget {
+public:
+  PlainView() : ModeWidget("Burst", 12) {}
+  void setDefaults() override {}
+  void saveSettings(QSettings*) override {}
+  void loadSettings(QSettings*) override {}
+};
+
+void registerWithBurstView(ModeRegistry& registry) {
+  registerModeUnits(registry);
+  registry.addView(new PlainView);
+}
+
+class GfskBurstTest : public PanelFixtureOf<registerWithBurstView> {};
+
+TEST_F(GfskBurstTest, DispatchPlaysTheFixedBurst) {
+  const int64_t before = recordedCount();
+  connectDevice();
+  central.setRFEnabled(true);
+  central.setModEnabled(true);
+  central.findChild<PlainView*>()->enabledCheck()->click();
+  const auto atBurstRate = [](const auto& c) { return c.value("krt40:sample_rate", 0.0) == 4e6; };
+  int64_t start = -1;
+  ASSERT_TRUE(waitUntil([&] { return (start = firstStart("captures", before, atBurstRate)) >= 0; }));
+  std::vector<Sample> two;
+  ASSERT_TRUE(waitUntil([&] { return !(two = recordedSamples(start, 5000)).empty(); }, 5000));
+  for (int i = 0; i < 2500; ++i) {
+    ASSERT_EQ(two[i], two[i + 2500]) << i;
+    if (i >= 1400) {
+      ASSERT_EQ(two[i], Sample(0, 0)) << i;
+    } else if (i >= 5 && i < 1395) {
+      ASSERT_NEAR(std::abs(two[i]), 1.0f, 1e-4f) << i;
+    }
+  }
+}
+
+}  // namespace
