@@ -19,21 +19,24 @@ inline std::vector<uint8_t> bitsOfHex(const std::string& hex) {
   return bits;
 }
 
-// Phase steps (radians) summed over each symbol centred on sample k x sps: the sign gives the
-// bit, the sum the phase a symbol turns. Sample 0 has no step of its own: what came before it
-// is not in the record.
-inline std::vector<double> symbolPhases(const std::vector<Sample>& y, int sps, size_t symbols) {
+// Phase steps (radians) summed over each symbol, symbol k's centre at sample first + k x sps
+// and its steps from sps / 2 - 1 before it to sps / 2 after: the sign gives the bit, the sum
+// the phase a symbol turns. The phase starts at 0 before sample 0, as the builders integrate.
+inline std::vector<double> symbolPhases(const std::vector<Sample>& y, size_t first, int sps,
+                                        size_t symbols) {
   std::vector<double> phases(symbols, 0.0);
-  for (size_t i = 1; i < y.size(); ++i) {
-    const size_t symbol = (i + sps / 2) / sps;
-    if (symbol < symbols)
-      phases[symbol] += std::arg(std::complex<double>(y[i]) * std::conj(std::complex<double>(y[i - 1])));
+  std::complex<double> before(1.0, 0.0);
+  for (size_t i = 0; i < y.size(); ++i) {
+    const std::complex<double> now(y[i]);
+    const size_t symbol = (i + sps / 2 - 1 - first) / sps;
+    if (i + sps / 2 >= first + 1 && symbol < symbols)
+      phases[symbol] += std::arg(now * std::conj(before));
+    before = now;
   }
   return phases;
 }
 
-inline std::vector<uint8_t> bitsOf(const std::vector<double>& phases, size_t first,
-                                   size_t count) {
+inline std::vector<uint8_t> bitsOf(const std::vector<double>& phases, size_t first, size_t count) {
   std::vector<uint8_t> bits;
   for (size_t i = first; i < first + count; ++i) bits.push_back(phases[i] > 0);
   return bits;

@@ -39,7 +39,7 @@ TEST(BleGfsk, PacketBitsComeBackAtIndexHalf) {
     EXPECT_EQ(wave.sampleRate, row.rate);
     ASSERT_EQ(wave.samples.size(), packet.size() * row.sps + row.zeros);
     const std::vector<Sample> burst(wave.samples.begin(), wave.samples.end() - row.zeros);
-    const std::vector<double> phases = symbolPhases(burst, row.sps, packet.size());
+    const std::vector<double> phases = symbolPhases(burst, 0, row.sps, packet.size());
     EXPECT_EQ(bitsOf(phases, 0, packet.size()), packet);
     const size_t run = (row.phy ? 16 : 8) + 32 + 20;  // inside the PDU's ones
     EXPECT_NEAR(phases[run], M_PI / 2, 1e-4);
@@ -73,12 +73,13 @@ TEST(BleGfsk, FixedBurst) {
     EXPECT_NEAR(std::abs(wave.samples[1399 - i]), ramp[i], 1e-5f);
   }
   // The convolution's full length puts symbol k's centre at 4k + 16.
-  const std::vector<Sample> burst(wave.samples.begin() + 16, wave.samples.begin() + 16 + 1368);
-  const std::vector<double> phases = symbolPhases(burst, 4, 342);
+  const std::vector<double> phases = symbolPhases(wave.samples, 16, 4, 342);
   Bits header;
   for (int pair = 0; pair < 9; ++pair) header.insert(header.end(), {0, 0, 0, 1, 1, 1});
   EXPECT_EQ(bitsOf(phases, 72, 54), header);
   const Bits sync = bitsOf(phases, 0, 72);
+  // The register from 2: b = bit 8 XOR bit 3, shifted in, worked by hand; then its framing.
+  EXPECT_EQ(Bits(sync.begin(), sync.begin() + 12), (Bits{0, 1, 0, 1, 0, 0, 1, 0, 0, 0, 1, 1}));
   for (int i = 0; i < 4; ++i) {
     EXPECT_NE(sync[i], sync[i + 1]);
     EXPECT_NE(sync[67 + i], sync[68 + i]);

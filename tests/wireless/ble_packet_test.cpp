@@ -97,7 +97,8 @@ TEST(BlePacketBits, PreambleAddressAndSwitches) {
   // No CRC: the whitening covers the PDU alone, from the sequence's start.
   packet = buildBlePacketBits(settingsOf(0x8E89BED6, 0, false, true, 37), pdu);
   Bits whitened = pdu;
-  for (size_t i = 0; i < whitened.size(); ++i) whitened[i] ^= bitsOfHex("8DD257A13DA766B0753111")[i];
+  for (size_t i = 0; i < whitened.size(); ++i)
+    whitened[i] ^= bitsOfHex("8DD257A13DA766B0753111")[i];
   EXPECT_EQ(tail(packet, 40), whitened);
   // No whitening: the channel does nothing, and the PDU and CRC go out plain.
   packet = buildBlePacketBits(settingsOf(0x8E89BED6, 0, true, false, 37), pdu);

@@ -16,6 +16,7 @@
 #include <cmath>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 bool recordsPlayback() { return true; }
@@ -23,13 +24,6 @@ bool recordsPlayback() { return true; }
 namespace {
 
 using BleUnitTest = UnitPanelTest<ModeViewBLE>;
-
-// Samples recorded so far: the recording runs on across the tests of this program, and so
-// do its meta's entries.
-int64_t recordedCount() {
-  std::ifstream in(recordingPath() + ".sigmf-data", std::ios::binary | std::ios::ate);
-  return in ? static_cast<int64_t>(in.tellg()) / 8 : 0;
-}
 
 nlohmann::json recordingMeta() {
   std::ifstream in(recordingPath() + ".sigmf-meta");
@@ -44,15 +38,25 @@ std::vector<Sample> recordedSamples(int64_t first, size_t count) {
   return in ? samples : std::vector<Sample>{};
 }
 
-// The first sample of the first annotation or capture segment from `after` on that `match`
-// accepts; -1 if none.
-template <class Match>
-int64_t firstStart(const char* list, int64_t after, Match match) {
+// The recording runs on across the tests of this program, and so do its meta's entries: each
+// test plays at a frequency of its own. The first sample of the first capture segment at `hz`
+// and `rate`, and its level; -1 while there is none.
+std::pair<int64_t, double> captureAt(double hz, double rate) {
+  const nlohmann::json meta = recordingMeta();
+  if (meta.is_discarded()) return {-1, 0.0};
+  for (const auto& c : meta.value("captures", nlohmann::json::array()))
+    if (c.value("core:frequency", 0.0) == hz && c.value("krt40:sample_rate", 0.0) == rate)
+      return {c.value("core:sample_start", int64_t{-1}), c.value("krt40:level_dbm", 0.0)};
+  return {-1, 0.0};
+}
+
+// The first trigger mark from `after` on; -1 while there is none.
+int64_t triggerFrom(int64_t after) {
   const nlohmann::json meta = recordingMeta();
   if (meta.is_discarded()) return -1;
-  for (const auto& entry : meta.value(list, nlohmann::json::array())) {
-    const int64_t start = entry.value("core:sample_start", int64_t{-1});
-    if (start >= after && match(entry)) return start;
+  for (const auto& a : meta.value("annotations", nlohmann::json::array())) {
+    const int64_t start = a.value("core:sample_start", int64_t{-1});
+    if (start >= after && a.value("core:label", "") == "trigger") return start;
   }
   return -1;
 }
@@ -68,9 +72,10 @@ TEST_F(BleUnitTest, PresetGroup) {
   EXPECT_EQ(savedGroup("BLE"), defaults);
   view->setPhy(1);
   view->setIdleInterval(0.002);
-  loadText("[BLE]\nTriggerMode=1\nChannelIndex=99\nAccessAddress=zz12\nCRCEnabled=false\n"
-           "CRCInit=123456789\nWhiteningEnabled=false\nPDUDataSource=8\nPDUDataSeed=-4\n"
-           "PDUByteCount=-7\nCustomBitString=10x1\nMode=0\nIdleInterval=1\n");
+  loadText(
+      "[BLE]\nTriggerMode=1\nChannelIndex=99\nAccessAddress=zz12\nCRCEnabled=false\n"
+      "CRCInit=123456789\nWhiteningEnabled=false\nPDUDataSource=8\nPDUDataSeed=-4\n"
+      "PDUByteCount=-7\nCustomBitString=10x1\nMode=0\nIdleInterval=1\n");
   EXPECT_EQ(savedGroup("BLE"),
             QString("AccessAddress=zz12|CRCEnabled=false|CRCInit=123456789|ChannelIndex=99|"
                     "CustomBitString=10x1|PDUByteCount=-7|PDUDataSeed=-4|PDUDataSource=9|"
@@ -103,16 +108,18 @@ TEST_F(BleUnitTest, PlaysTheAdvertisingPacketAtIndexHalf) {
     for (const uint8_t bit : bitsOfHex(part)) air.push_back(bit);
   const int sps = 4, idle = 40;
 
-  const int64_t before = recordedCount();
-  client.command(":POW -20");
+  client.command(":FREQ 2.402 GHz;:POW -20");
   view->setAccessAddress("8E89BED6");
   view->setCustomPattern(pattern);
   view->setPduSource(-1);
   view->setIdleInterval(idle / 4e6);
-  connectAndEnable();
+  view->setTriggerMode(TriggerSingle);
+  // RF last: the mode's first thread is the one that waits for the trigger.
+  connectDevice();
+  central.setModEnabled(true);
   view->enabledCheck()->click();
   log.mark();
-  view->setTriggerMode(TriggerSingle);
+  central.setRFEnabled(true);
   ASSERT_TRUE(waitUntil([&] { return !played({"krtSetSampleRate"}).empty(); }));
   client.command("*TRG");
   ASSERT_TRUE(waitUntil([&] { return !played({"krtFlushAndWait"}).empty(); }));
@@ -123,13 +130,11 @@ TEST_F(BleUnitTest, PlaysTheAdvertisingPacketAtIndexHalf) {
   ASSERT_EQ(level.size(), 1u);
   EXPECT_NEAR(level[0].second, -20.0, 1e-4);
 
-  const int64_t start = firstStart("annotations", before, [](const auto& a) {
-    return a.value("core:label", "") == "trigger";
-  });
+  const int64_t start = triggerFrom(captureAt(2.402e9, 4e6).first);
   ASSERT_GE(start, 0);
   const std::vector<Sample> burst = recordedSamples(start, air.size() * sps);
   ASSERT_FALSE(burst.empty());
-  EXPECT_EQ(bitsOf(symbolPhases(burst, sps, air.size()), 0, air.size()), air);
+  EXPECT_EQ(bitsOf(symbolPhases(burst, 0, sps, air.size()), 0, air.size()), air);
   for (const Sample& v : burst) ASSERT_NEAR(std::abs(v), 1.0f, 1e-4f);
 }
 
@@ -156,7 +161,8 @@ TEST_F(BleUnitTest, PduThatCantBeBuiltPlaysNothing) {
 }
 
 // Index 12 has no view among the instrument's; a bare one selects it here, so that the
-// dispatch runs the fixed burst: 2500 samples at 4 MS/s, repeated, silent from 1400 on.
+// dispatch runs the fixed burst: 2500 samples at 4 MS/s and the panel's level, repeated,
+// silent from 1400 on.
 class PlainView : public ModeWidget {
 public:
   PlainView() : ModeWidget("Burst", 12) {}
@@ -173,14 +179,16 @@ void registerWithBurstView(ModeRegistry& registry) {
 class GfskBurstTest : public PanelFixtureOf<registerWithBurstView> {};
 
 TEST_F(GfskBurstTest, DispatchPlaysTheFixedBurst) {
-  const int64_t before = recordedCount();
   connectDevice();
-  central.setRFEnabled(true);
+  central.setCenterFrequency(2.44e9);
+  central.setLevel(-30.0);
   central.setModEnabled(true);
   central.findChild<PlainView*>()->enabledCheck()->click();
-  const auto atBurstRate = [](const auto& c) { return c.value("krt40:sample_rate", 0.0) == 4e6; };
-  int64_t start = -1;
-  ASSERT_TRUE(waitUntil([&] { return (start = firstStart("captures", before, atBurstRate)) >= 0; }));
+  central.setRFEnabled(true);
+  std::pair<int64_t, double> capture;
+  ASSERT_TRUE(waitUntil([&] { return (capture = captureAt(2.44e9, 4e6)).first >= 0; }));
+  EXPECT_EQ(capture.second, -30.0) << "the panel's level, uncorrected";
+  const int64_t start = capture.first;
   std::vector<Sample> two;
   ASSERT_TRUE(waitUntil([&] { return !(two = recordedSamples(start, 5000)).empty(); }, 5000));
   for (int i = 0; i < 2500; ++i) {
