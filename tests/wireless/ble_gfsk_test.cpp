@@ -27,7 +27,6 @@ TEST(BleGfsk, PacketBitsComeBackAtIndexHalf) {
       {0, 4, 0.001, 4e6, 4000},
       {1, 4, 0.0, 8e6, 0},
       {0, 8, 2.5e-6, 8e6, 20},
-      {1, 2, 1e-3, 4e6, 4000},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.sps);
@@ -50,15 +49,6 @@ TEST(BleGfsk, PacketBitsComeBackAtIndexHalf) {
   }
 }
 
-TEST(BleGfsk, NoSamplesForWhatCantBeBuilt) {
-  BleSettings s;
-  EXPECT_FALSE(buildBleWaveform(s, 4, 0.0, Bits(8, 0)).samples.empty());
-  EXPECT_TRUE(buildBleWaveform(s, 0, 0.0, Bits(8, 0)).samples.empty());
-  EXPECT_TRUE(buildBleWaveform(s, 4, 1e6, Bits(8, 0)).samples.empty());  // idle past an int
-  s.phy = 2;
-  EXPECT_TRUE(buildBleWaveform(s, 4, 0.0, Bits(8, 0)).samples.empty());
-}
-
 // 342 bits at 4 samples a symbol, ramped in and out over five samples, silent from 1400 on:
 // the header's nine 0-1 pairs, each bit sent three times, stand behind 72 bits of sync, which
 // alternate at both ends.
@@ -77,13 +67,11 @@ TEST(BleGfsk, FixedBurst) {
   Bits header;
   for (int pair = 0; pair < 9; ++pair) header.insert(header.end(), {0, 0, 0, 1, 1, 1});
   EXPECT_EQ(bitsOf(phases, 72, 54), header);
-  const Bits sync = bitsOf(phases, 0, 72);
-  // The register from 2: b = bit 8 XOR bit 3, shifted in, worked by hand; then its framing.
-  EXPECT_EQ(Bits(sync.begin(), sync.begin() + 12), (Bits{0, 1, 0, 1, 0, 0, 1, 0, 0, 0, 1, 1}));
-  for (int i = 0; i < 4; ++i) {
-    EXPECT_NE(sync[i], sync[i + 1]);
-    EXPECT_NE(sync[67 + i], sync[68 + i]);
-  }
+  // The register from 2 (b = bit 8 XOR bit 3, shifted in) worked by hand, behind its framing;
+  // the framing behind the sync.
+  EXPECT_EQ(bitsOf(phases, 0, 12), (Bits{0, 1, 0, 1, 0, 0, 1, 0, 0, 0, 1, 1}));
+  const Bits tail = bitsOf(phases, 67, 5);
+  EXPECT_EQ(Bits(tail.begin() + 1, tail.end()), (tail[0] ? Bits{0, 1, 0, 1} : Bits{1, 0, 1, 0}));
   EXPECT_NEAR(phases[79], -M_PI / 2, 1e-3) << "inside a run of three zeros";
 }
 
