@@ -11,6 +11,7 @@
 #include "modes/pulse/pulse_unit.h"
 #include "modes/ramp_sweep/ramp_sweep_unit.h"
 #include "modes/step_sweep/step_sweep_unit.h"
+#include "wireless/ble/ble_unit.h"
 #include "wireless/wlan_ht/wlan_ht_unit.h"
 #include "wireless/wlan_nonht/wlan_non_ht_unit.h"
 #include "wireless/wlan_vht/wlan_vht_unit.h"
@@ -23,6 +24,7 @@ void registerModeUnits(ModeRegistry& registry) {
   registerRampSweepMode(registry);
   registerAwgnMode(registry);
   registerDigitalModMode(registry);
+  registerBleMode(registry);
   registerWlanNonHtMode(registry);
   registerWlanHtMode(registry);
   registerWlanVhtMode(registry);
