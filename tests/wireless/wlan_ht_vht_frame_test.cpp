@@ -105,7 +105,7 @@ TEST(WlanHtVht, VhtServiceCarriesTheSigBCrc) {
     const ComplexVector frame = buildVhtFrame(p);
     BitVector stream(26, 0);  // what the first symbol's 52 coded bits carry
     for (int i = 0; i < 8; ++i) stream[8 + i] = static_cast<uint8_t>(row.crc[i] - '0');
-    for (int i = 0; i < 10; ++i) stream[16 + i] = p.data[i];
+    for (size_t i = 0; i < 10 && i < p.data.size(); ++i) stream[16 + i] = p.data[i];  // then pad
     std::string bits;
     for (int k = -28; k <= 28; ++k)
       if (k != 0 && std::abs(k) != 7 && std::abs(k) != 21)
