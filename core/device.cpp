@@ -4,6 +4,7 @@
 
 #include "core/impairment_stage.h"
 #include "krt/krt_api.h"
+#include "krt/krt_ext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -56,6 +57,12 @@ void Device::retune(const TuneRecord& record) {
 }
 
 bool Device::connectionFailed() { return isOpen() && krtGetUSBStatus(handle) != 0; }
+
+int64_t Device::underrunCount() {
+  int64_t count = 0;
+  if (krtGetUnderrunCount(handle, &count) != 0) return 0;
+  return count;
+}
 
 void Device::flushAndWait() { krtFlushAndWait(handle); }
 void Device::abort() { krtAbort(handle); }

@@ -33,6 +33,8 @@ public:
   static constexpr double maxSampleRate = 54e6;
 
   bool connectionFailed();
+  // Underruns the device counted since it was opened; 0 when none is open.
+  int64_t underrunCount();
   void flushAndWait();
   void abort();
   void submitTrigger();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The 21 C entry points of krt_api.h on the simulated KRT40; each call goes to the events log.
 #include "krt/krt_api.h"
+#include "krt/krt_ext.h"
 
 #include <optional>
 #include <utility>
@@ -218,6 +219,14 @@ int krtEnablePowerSavingCpuMode(int enabled) {
   const int r = guarded([&] { return lib().setPowerSavingCpuMode(enabled); });
   logCall("krtEnablePowerSavingCpuMode", std::nullopt, r, [&] {
     return Json{{"enabled", enabled}};
+  });
+  return r;
+}
+
+int krtGetUnderrunCount(int handle, int64_t* count) {
+  const int r = onDevice(handle, [&](SimDevice& d) { return d.underrunCount(count); });
+  logCall("krtGetUnderrunCount", handle, r, noArgs, [&] {
+    return r == krtsim::kOk ? Json{{"count", *count}} : Json();
   });
   return r;
 }

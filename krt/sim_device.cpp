@@ -167,6 +167,15 @@ int SimDevice::usbStatus() {
   return failed_ ? kErrUsb : kOk;
 }
 
+int SimDevice::underrunCount(int64_t* count) {
+  if (!count) return kErrArgument;
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (stopping_) return kErrNotOpen;
+  catchUp(nowSeconds());
+  *count = underruns_;
+  return kOk;
+}
+
 int SimDevice::readTemperature(float* celsius) {
   if (!celsius) return kErrArgument;
   std::lock_guard<std::mutex> lock(mutex_);

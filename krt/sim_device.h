@@ -62,6 +62,7 @@ public:
   int abort();
   int usbStatus();
   int readTemperature(float* celsius);
+  int underrunCount(int64_t* count);
   // Drops the queue like abort and stops the player; later calls return kErrNotOpen.
   void close();
 

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "krt/krt_api.h"
+#include "krt/krt_ext.h"
 #include "krt_scenario.h"
 
 using namespace krttest;
@@ -131,6 +132,9 @@ TEST(KrtStream, UnderrunsAreCountedOnlyWhenTheQueueRunsDry) {
     EXPECT_EQ(krtGetUSBStatus(h), 0);
   }
   EXPECT_EQ(krtAbort(h), 0);
+  int64_t counted = -1;
+  EXPECT_EQ(krtGetUnderrunCount(h, &counted), 0);
+  EXPECT_EQ(counted, 1);
   EXPECT_EQ(krtCloseDevice(h), 0);
   EXPECT_EQ(deviceEvents(log, "underrun").size(), 1u);
   const auto underruns = annotations(readMeta(prefix), "underrun");
