@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Application entry: preferences around the process, one main window.
 #include "core/main_window.h"
+#include "krt/krt_ext.h"
 #include "persist/preferences.h"
+#include "shell/error_queue.h"
 
 #include <QApplication>
 
@@ -29,6 +31,7 @@ void chooseHeadlessPlatform() {
 int main(int argc, char** argv) {
   chooseHeadlessPlatform();
   QApplication app(argc, argv);
+  krtSetMessageHandler(&putDeviceMessage);
   static PreferencesLifetime preferencesLifetime;
   int result = 0;
   {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <thread>
 
+#include "krt/krt_session.h"
 #include "krt/sample_block.h"
 #include "krt/sim_settings.h"
 
@@ -30,41 +31,42 @@ struct SimConfig;
 //
 // Thread-safety: every public member may be called from any thread; the library's contract is
 // one caller per handle at a time.
-class SimDevice {
+class SimDevice final : public Session {
 public:
   static constexpr int kFirmwareVersion = 3;
 
   // recorder: the process's recording if this session holds it, else null.
   SimDevice(int handle, int serialNumber, const SimConfig& config, EventLog& events,
             UnplugWatch& unplug, std::shared_ptr<SimRecorder> recorder);
-  ~SimDevice();
+  ~SimDevice() override;
   SimDevice(const SimDevice&) = delete;
   SimDevice& operator=(const SimDevice&) = delete;
 
-  int serialNumber() const { return serial_; }
+  int serialNumber() const override { return serial_; }
+  int firmwareVersion() const override { return kFirmwareVersion; }
 
   // Setters return kOk, kWarnClamped (see sim_settings.h), or kErrUsb after a failure.
-  int setFrequency(double hz);
-  int setLevel(double dbm);
-  int setSampleRate(double rate);
-  int setDigitalTuning(int enabled);
-  int setIqOffset(int16_t i, int16_t q);
-  int setTimebase(int state);
-  int setTimebaseOffset(double ppm);
-  int setRfOutputState(int enabled);
+  int setFrequency(double hz) override;
+  int setLevel(double dbm) override;
+  int setSampleRate(double rate) override;
+  int setDigitalTuning(int enabled) override;
+  int setIqOffset(int16_t i, int16_t q) override;
+  int setTimebase(int state) override;
+  int setTimebaseOffset(double ppm) override;
+  int setRfOutputState(int enabled) override;
 
   // Queues count samples; blocks until the queue holds at most its depth (speed > 0).
-  int submit(const float* iq, int count);
-  int trigger();
+  int submit(const float* iq, int count) override;
+  int trigger() override;
   // Returns when the queue has played out; ends the flow (no underrun afterwards).
-  int flushAndWait();
+  int flushAndWait() override;
   // Drops the queue; settings made stay in effect, trigger marks in the queue are dropped.
-  int abort();
-  int usbStatus();
-  int readTemperature(float* celsius);
-  int underrunCount(int64_t* count);
+  int abort() override;
+  int usbStatus() override;
+  int readTemperature(float* celsius) override;
+  int underrunCount(int64_t* count) override;
   // Drops the queue like abort and stops the player; later calls return kErrNotOpen.
-  void close();
+  void close() override;
 
 private:
   enum class Kind { Samples, Settings, Trigger };

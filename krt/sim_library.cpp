@@ -47,6 +47,7 @@ int SimLibrary::open(int* handle, int serialNumber) {
   for (const auto& entry : devices_) {
     if (entry.second->serialNumber() == serialNumber) return kErrAlreadyOpen;
   }
+  if (nextHandle_ >= kLastHandle) return kErrInternal;
   const int h = nextHandle_++;
   std::shared_ptr<SimRecorder> recorder = claimRecorderLocked(h);
   try {
@@ -83,7 +84,7 @@ int SimLibrary::close(int handle) {
   return kOk;
 }
 
-std::shared_ptr<SimDevice> SimLibrary::find(int handle) {
+std::shared_ptr<Session> SimLibrary::find(int handle) {
   std::lock_guard<std::mutex> lock(mutex_);
   const auto it = devices_.find(handle);
   return it == devices_.end() ? nullptr : it->second;

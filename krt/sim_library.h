@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 
+#include "krt/krt_backend.h"
 #include "krt/sim_config.h"
 #include "krt/sim_events.h"
 #include "krt/sim_unplug_watch.h"
@@ -25,17 +26,19 @@ class SimRecorder;
 // (close, then open again) continue the same files, so a whole run of the application ends up
 // in one recording; a device opened while another holds the recording is not recorded. The
 // meta file is brought up to date when the holding session closes, and at process exit.
-class SimLibrary {
+class SimLibrary final : public Backend {
 public:
+  static constexpr int kLastHandle = 1 << 20;  // where the SoapySDR backend's handles begin
   static SimLibrary& instance();
 
   const SimConfig& config() const { return config_; }
   EventLog& events() { return events_; }
 
-  int deviceList(int* serials, int* count);
-  int open(int* handle, int serialNumber);  // takes KRT40_SIM_OPEN_MS
-  int close(int handle);
-  std::shared_ptr<SimDevice> find(int handle);
+  int deviceList(int* serials, int* count) override;
+  int open(int* handle, int serialNumber) override;  // takes KRT40_SIM_OPEN_MS
+  int close(int handle) override;
+  std::shared_ptr<Session> find(int handle) override;
+  bool ownsHandle(int handle) const override { return handle >= 0 && handle < kLastHandle; }
   int setPowerSavingCpuMode(int enabled);
 
 private:

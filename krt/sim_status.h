@@ -7,6 +7,7 @@ namespace krtsim {
 enum Status : int {
   kOk = 0,
   kWarnClamped = 1,        // the setting was out of range: clamped, or kept if not finite
+  kWarnUnsupported = 2,    // the device has no such feature: nothing was done
   kErrNotOpen = -1,        // the handle is not an open session; nothing was done
   kErrArgument = -2,       // null pointer or negative count; nothing was done
   kErrUsb = -3,            // the USB connection has failed (also krtGetUSBStatus's value)

@@ -63,3 +63,7 @@ void errorLogPut(int code, const QString& message) { errorQueue().put(code, mess
 void errorLogClear() { errorQueue().clear(); }
 int errorLogCount() { return errorQueue().count(); }
 QString errorLogNext() { return errorQueue().next(); }
+
+void putDeviceMessage(int code, const char* message) {
+  errorLogPut(code, QString::fromUtf8(message ? message : ""));
+}

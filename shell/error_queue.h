@@ -49,3 +49,6 @@ void errorLogPut(int code, const QString& message);
 void errorLogClear();
 int errorLogCount();
 QString errorLogNext();
+
+// The device library's messages for the user (krtSetMessageHandler), callable from any thread.
+void putDeviceMessage(int code, const char* message);

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
-// The "Edit Preferences" dialog: SCPI server settings and the library's power-saving mode.
+// The "Edit Preferences" dialog: SCPI server settings, the library's power-saving mode and the
+// device backend.
 #include "shell/preferences_editor.h"
 
 #include "krt/krt_api.h"
+#include "krt/krt_ext.h"
 #include "persist/preferences.h"
 #include "widgets/int_line_edit.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -20,6 +23,10 @@ const char* const kPowerSavingNote =
     "applications. To migitage this, enable Power Saving CPU Mode.\n"
     "CPU usage increases when this mode is enabled.\n"
     "Read more about this in the KRT40 Software Manual.\n";
+const char* const kBackendNote =
+    "*The device backend applies to the next connect. SoapySDR lists the\n"
+    "transmitters of the SoapySDR modules installed (see the README).";
+const char* const kBackendAbsentNote = "*This build has no SoapySDR backend.";
 
 }  // namespace
 
@@ -42,6 +49,14 @@ PreferencesEditor::PreferencesEditor(QWidget* parent) : QDialog(parent) {
   powerSavingCpuMode->setChecked(preferences.powerSavingCpuMode);
   form->addRow("Power Saving CPU Mode", powerSavingCpuMode);
   form->addRow("", new QLabel(kPowerSavingNote));
+
+  deviceBackend = new QComboBox;
+  deviceBackend->addItems({"Simulated", "SoapySDR"});
+  deviceBackend->setCurrentText(preferences.deviceBackend);
+  const bool soapyBuilt = krtBackendAvailable(KRT_BACKEND_SOAPYSDR) != 0;
+  deviceBackend->setEnabled(soapyBuilt);
+  form->addRow("Device Backend", deviceBackend);
+  form->addRow("", new QLabel(soapyBuilt ? kBackendNote : kBackendAbsentNote));
   form->addRow("", new QLabel);
 
   auto* buttons = new QHBoxLayout;
@@ -57,5 +72,7 @@ void PreferencesEditor::userAccepted() {
   preferences.scpiPort = scpiPort->value();
   preferences.powerSavingCpuMode = powerSavingCpuMode->isChecked();
   krtEnablePowerSavingCpuMode(preferences.powerSavingCpuMode ? 1 : 0);
+  preferences.deviceBackend = deviceBackend->currentText();
+  applyDeviceBackend();
   accept();
 }

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The "Edit Preferences" dialog: SCPI server settings and the library's power-saving mode.
+// The "Edit Preferences" dialog: SCPI server settings, the library's power-saving mode and the
+// device backend.
 #pragma once
 
 #include <QDialog>
 
 class IntLineEdit;
 class QCheckBox;
+class QComboBox;
 class QPushButton;
 
 // Shows the global preferences; only "Accept" stores them. They reach the file at exit.
@@ -18,16 +20,18 @@ public:
   QCheckBox* scpiEnabledBox() const { return scpiEnabled; }
   IntLineEdit* scpiPortEdit() const { return scpiPort; }
   QCheckBox* powerSavingCpuModeBox() const { return powerSavingCpuMode; }
+  QComboBox* deviceBackendBox() const { return deviceBackend; }
   QPushButton* acceptButton() const { return accept_; }
 
 public slots:
-  // Stores the controls in the preferences, hands the power-saving mode to the library at
-  // once and closes the dialog.
+  // Stores the controls in the preferences, hands the power-saving mode and the backend to the
+  // library at once and closes the dialog.
   void userAccepted();
 
 private:
   QCheckBox* scpiEnabled = nullptr;
   IntLineEdit* scpiPort = nullptr;
   QCheckBox* powerSavingCpuMode = nullptr;
+  QComboBox* deviceBackend = nullptr;
   QPushButton* accept_ = nullptr;
 };

@@ -2,10 +2,12 @@
 // Preset files: round trip of the whole panel, partial and garbage files, the power-on preset.
 #include "core/central_widget.h"
 
+#include "krt/krt_ext.h"
 #include "modes/mode_widget.h"
 #include "panel_fixture.h"
 #include "persist/paths.h"
 #include "persist/preferences.h"
+#include "support/events_log.h"
 #include "widgets/double_edit.h"
 
 #include <QCheckBox>
@@ -226,6 +228,39 @@ TEST_F(PresetTest, OnlyRegularFilesOfASaneSizeAreOpened) {
   EXPECT_EQ(preferences.scpiPort, 0);
   savePreferences();
   EXPECT_LT(QFileInfo(preferencesPath()).size(), 100000);
+  QFile::remove(preferencesPath());
+}
+
+// The backend and the level calibrations reach the library at load and survive a save; keys and
+// values that aren't numbers are passed over.
+TEST(Preferences, BackendAndCalibrationsRoundTrip) {
+  EventsLog log(eventsPath());
+  ASSERT_TRUE(QDir().mkpath(QFileInfo(preferencesPath()).path()));
+  QFile file(preferencesPath());
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("[Preferences]\nDeviceBackend=soapy\n[LevelCalibration]\n90000001=-41.5\nfake=3\n"
+             "90000002=loud\n");
+  file.close();
+  const QMap<int, double> calibrations{{90000001, -41.5}};
+  for (int pass = 0; pass < 2; ++pass) {
+    SCOPED_TRACE(pass);
+    preferences = Preferences();
+    log.mark();
+    loadPreferences();
+    EXPECT_EQ(preferences.deviceBackend, "SoapySDR");
+    EXPECT_EQ(preferences.levelCalibration, calibrations);
+    const auto calibrated = log.calls("krtSetLevelCalibration");
+    ASSERT_EQ(calibrated.size(), 1u);
+    EXPECT_EQ(calibrated[0]["args"]["serialNumber"], 90000001);
+    EXPECT_EQ(calibrated[0]["args"]["offsetDb"], -41.5);
+    const auto chosen = log.calls("krtSelectBackend");
+    ASSERT_FALSE(chosen.empty());
+    EXPECT_EQ(chosen[0]["args"]["backend"], 1);
+    savePreferences();
+  }
+  krtSelectBackend(0);
+  preferences = Preferences();
+  preferences.scpiPort = 0;
   QFile::remove(preferencesPath());
 }
 

@@ -57,7 +57,8 @@ def closed_port_url():
 class App:
     """The application as a child process with a private HOME and simulated device."""
 
-    def __init__(self, path, workdir, record_max=RECORD_MAX, env_overrides=None):
+    def __init__(self, path, workdir, record_max=RECORD_MAX, env_overrides=None,
+                 preferences_extra=""):
         self.port = free_port()
         self.record = os.path.join(workdir, "out")
         self.events = os.path.join(workdir, "events.jsonl")
@@ -68,6 +69,7 @@ class App:
         os.makedirs(prefs_dir)
         with open(os.path.join(prefs_dir, "Preferences.ini"), "w") as f:
             f.write("[Preferences]\nSCPIEnabled=true\nSCPIPort=%d\n" % self.port)
+            f.write(preferences_extra)
         env = {k: v for k, v in os.environ.items()
                if not k.startswith("KRT40_") and not k.startswith("XDG_")}
         env.update({
@@ -178,10 +180,13 @@ def read_recording(app):
     return meta, captures, samples
 
 
-def run_e2e(session, recording, name, record_max=RECORD_MAX):
+def run_e2e(session, recording, name, record_max=RECORD_MAX, env_overrides=None,
+            preferences_extra=""):
     """Runs one end-to-end test and returns its exit code: starts the program in a temporary
     folder, lets `session(r, rm, app)` talk to it over pyvisa, stops it, then lets
-    `recording(r, app)` check what the device recorded. Prints "N passed, N failed"."""
+    `recording(r, app)` check what the device recorded. Prints "N passed, N failed".
+    "{workdir}" in the values of `env_overrides` stands for the temporary folder;
+    `preferences_extra` is appended to the program's Preferences.ini."""
     parser = argparse.ArgumentParser()
     parser.add_argument("--app", required=True)
     parser.add_argument("--keep", action="store_true", help="keep the temporary directory")
@@ -190,7 +195,8 @@ def run_e2e(session, recording, name, record_max=RECORD_MAX):
     r = Results()
     workdir = tempfile.mkdtemp(prefix="krt40-e2e-%s-" % name)
     try:
-        _run(r, args.app, workdir, session, recording, record_max)
+        env = {k: v.format(workdir=workdir) for k, v in (env_overrides or {}).items()}
+        _run(r, args.app, workdir, session, recording, record_max, env, preferences_extra)
     finally:
         if args.keep:
             print("kept " + workdir)
@@ -200,9 +206,10 @@ def run_e2e(session, recording, name, record_max=RECORD_MAX):
     return 1 if r.failed else 0
 
 
-def _run(r, app_path, workdir, session, recording, record_max):
+def _run(r, app_path, workdir, session, recording, record_max, env, preferences_extra):
     try:
-        app = App(app_path, workdir, record_max=record_max)
+        app = App(app_path, workdir, record_max=record_max, env_overrides=env,
+                  preferences_extra=preferences_extra)
     except OSError:
         r.check("application starts", False, traceback.format_exc())
         return

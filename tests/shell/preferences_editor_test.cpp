@@ -7,6 +7,7 @@
 #include "widgets/int_line_edit.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QPushButton>
 #include <QTest>
 
@@ -16,17 +17,17 @@
 
 namespace {
 
-TEST(PreferencesEditor, OnlyAcceptStoresAndSetsTheLibraryMode) {
+TEST(PreferencesEditor, OnlyAcceptStoresAndSetsTheLibraryModeAndBackend) {
   EventsLog log(std::getenv("KRT40_SIM_EVENTS"));
-  const Preferences stored{false, 6000, true};
+  const Preferences stored{false, 6000, true, "Simulated", {}};
   enum Exit { Accept, Close, Escape };
   const struct {
     Exit exit;
     Preferences entered;
-  } rows[] = {{Accept, {true, 5025, false}},
-              {Accept, {false, 70000, true}},  // the port has no range check
-              {Close, {true, 5025, false}},
-              {Escape, {true, 5025, false}}};
+  } rows[] = {{Accept, {true, 5025, false, "SoapySDR", {}}},
+              {Accept, {false, 70000, true, "Simulated", {}}},  // the port has no range check
+              {Close, {true, 5025, false, "SoapySDR", {}}},
+              {Escape, {true, 5025, false, "SoapySDR", {}}}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.exit);
     preferences = stored;
@@ -39,6 +40,7 @@ TEST(PreferencesEditor, OnlyAcceptStoresAndSetsTheLibraryMode) {
     editor.scpiEnabledBox()->setChecked(row.entered.scpiEnabled);
     editor.scpiPortEdit()->setValue(row.entered.scpiPort);
     editor.powerSavingCpuModeBox()->setChecked(row.entered.powerSavingCpuMode);
+    editor.deviceBackendBox()->setCurrentText(row.entered.deviceBackend);
     if (row.exit == Accept)
       QTest::mouseClick(editor.acceptButton(), Qt::LeftButton);
     else if (row.exit == Escape)
@@ -52,9 +54,14 @@ TEST(PreferencesEditor, OnlyAcceptStoresAndSetsTheLibraryMode) {
     EXPECT_EQ(preferences.scpiEnabled, expected.scpiEnabled);
     EXPECT_EQ(preferences.scpiPort, expected.scpiPort);
     EXPECT_EQ(preferences.powerSavingCpuMode, expected.powerSavingCpuMode);
+    EXPECT_EQ(preferences.deviceBackend, expected.deviceBackend);
     const auto calls = log.calls("krtEnablePowerSavingCpuMode");
     ASSERT_EQ(calls.size(), accepted ? 1u : 0u);
-    if (accepted) EXPECT_EQ(calls[0]["args"]["enabled"], expected.powerSavingCpuMode ? 1 : 0);
+    const auto chosen = log.calls("krtSelectBackend");
+    ASSERT_EQ(chosen.size(), accepted ? 1u : 0u);
+    if (!accepted) continue;
+    EXPECT_EQ(calls[0]["args"]["enabled"], expected.powerSavingCpuMode ? 1 : 0);
+    EXPECT_EQ(chosen[0]["args"]["backend"], expected.deviceBackend == "SoapySDR" ? 1 : 0);
   }
 }
 
