@@ -62,8 +62,8 @@ int serialForIdentity(const std::string& identity) {
 }
 
 bool isReceiveOnlyDriver(const std::string& driver) {
-  static const char* const receiveOnly[] = {"rtlsdr", "airspy", "airspyhf", "sdrplay",
-                                            "audio",  "netsdr", "rfspace",  "osmosdr"};
+  static const char* const receiveOnly[] = {"rtlsdr", "airspy",  "airspyhf", "sdrplay", "audio",
+                                            "netsdr", "rfspace", "osmosdr",  "mirisdr"};
   return std::find(std::begin(receiveOnly), std::end(receiveOnly), driver) != std::end(receiveOnly);
 }
 

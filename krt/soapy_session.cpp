@@ -28,6 +28,8 @@ constexpr int kTimeoutsBeforeLost = 4;
 constexpr double kMaxFlushSeconds = 1.0;
 // One I/Q offset unit is one step of a 16-bit converter.
 constexpr double kIqOffsetUnit = 1.0 / 32768.0;
+// Samples scaled at a time for a level below the gain range.
+constexpr int kScaleBlock = 8192;
 
 std::vector<RateRange> rateRanges(const SoapySDR::RangeList& list) {
   std::vector<RateRange> ranges;
@@ -65,6 +67,7 @@ SoapySession::SoapySession(int handle, int serialNumber, SoapySDR::Device* devic
   gainMax_ = gains.maximum();
   rates_ = rateRanges(device_->getSampleRateRange(SOAPY_SDR_TX, kChannel));
   stream_ = device_->setupStream(SOAPY_SDR_TX, SOAPY_SDR_CF32, {kChannel});
+  scaled_.resize(2 * static_cast<size_t>(kScaleBlock));
   std::lock_guard<std::mutex> lock(mutex_);
   applyLevelLocked();
 }
@@ -200,14 +203,19 @@ int SoapySession::submit(const float* iq, int count) {
   try {
     if (!active_ && !activate()) return kErrUsb;
     const float scale = scale_;
-    const float* data = iq;
-    if (scale != 1.0f) {  // the one copy: SoapySDR writes what it is given
-      scaled_.resize(2 * static_cast<size_t>(count));
-      std::transform(iq, iq + 2 * static_cast<size_t>(count), scaled_.begin(),
-                     [scale](float v) { return v * scale; });
-      data = scaled_.data();
+    int r = kOk;
+    if (scale == 1.0f) {
+      r = writeAll(iq, count);
+    } else {
+      // SoapySDR writes what it is given, so a scaled level costs one copy, made a block at a
+      // time while the block is still in the cache.
+      for (int done = 0; done < count && r == kOk; done += kScaleBlock) {
+        const int n = std::min(kScaleBlock, count - done);
+        const float* from = iq + 2 * static_cast<size_t>(done);
+        std::transform(from, from + 2 * n, scaled_.begin(), [scale](float v) { return v * scale; });
+        r = writeAll(scaled_.data(), n);
+      }
     }
-    const int r = writeAll(data, count);
     pollStatus();
     return r;
   } catch (...) {

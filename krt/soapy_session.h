@@ -97,7 +97,7 @@ private:
   int64_t written_ = 0;                 // samples written in this session
   int64_t writtenSinceActivation_ = 0;  // since the stream was last activated
   double activatedAt_ = 0;              // seconds, steady clock
-  std::vector<float> scaled_;           // submit's copy when the level needs a digital scale
+  std::vector<float> scaled_;  // a block of submitted samples when the level needs a digital scale
 };
 
 }  // namespace krtsim
