@@ -46,7 +46,9 @@ void checkEntries(Edit* edit, Signal signal, Qt::Key end, std::initializer_list<
     EXPECT_DOUBLE_EQ(edit->value(), c.value) << what;
     EXPECT_EQ(edit->text(), c.text) << what;
     ASSERT_EQ(spy.count(), c.emits) << what;
-    if (c.emits) EXPECT_DOUBLE_EQ(spy.at(0).at(0).toDouble(), c.value) << what;
+    if (c.emits) {
+      EXPECT_DOUBLE_EQ(spy.at(0).at(0).toDouble(), c.value) << what;
+    }
   }
 }
 

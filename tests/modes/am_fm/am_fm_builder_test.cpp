@@ -175,7 +175,9 @@ TEST(FmBuilder, PeakDeviationFromTheInstantaneousFrequency) {
           shape == ModShapeRamp ? setting.deviation * (1.0 - 1.0 / 1500) : setting.deviation;
       EXPECT_NEAR(peak, expected, 1e-4 * setting.deviation);
       EXPECT_LT(worstMagnitude, 1e-4);
-      if (shape != ModShapeRamp) EXPECT_NEAR(sum / n, 0.0, 1e-3 * setting.deviation);
+      if (shape != ModShapeRamp) {
+        EXPECT_NEAR(sum / n, 0.0, 1e-3 * setting.deviation);
+      }
     }
   }
 }
