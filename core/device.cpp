@@ -69,7 +69,18 @@ void Device::abort() { krtAbort(handle); }
 void Device::submitTrigger() { krtSubmitTrigger(handle); }
 
 void Device::submitIQ(const Sample* samples, int count) {
-  krtSubmitIQ(handle, reinterpret_cast<const float*>(samples), count);
+  if (krtSubmitIQ(handle, reinterpret_cast<const float*>(samples), count) != 0) return;
+  tap.countSent(count);
+  if (tap.enabled()) tapOutput(samples, count);
+}
+
+void Device::tapOutput(const Sample* samples, int count) {
+  OutputSnapshot* snapshot = tap.collect(samples, count);
+  if (!snapshot) return;
+  snapshot->centerFrequencyHz = currentTune.frequency;
+  snapshot->sampleRateHz = playedSampleRate();
+  snapshot->underruns = tap.underrunsSinceRestart(underrunCount());
+  tap.publish();
 }
 
 void Device::setFrequency(double hz) { krtSetFrequency(handle, hz); }

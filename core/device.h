@@ -2,6 +2,7 @@
 // A thin session around one KRT40 opened through the device library.
 #pragma once
 
+#include "core/output_tap.h"
 #include "core/tune_record.h"
 #include "dsp/sample.h"
 
@@ -39,6 +40,11 @@ public:
   void abort();
   void submitTrigger();
   void submitIQ(const Sample* samples, int count);
+  // What submitIQ hands to the device, for the output monitor.
+  OutputTap& outputTap() { return tap; }
+  // A new run of the output starts: the monitor's counts begin again. The device is asked for
+  // its underruns only while the monitor looks: every library call shows in the events log.
+  void markOutputRestart() { tap.restart(tap.enabled() ? underrunCount() : -1); }
 
   void setFrequency(double hz);
   void setLevel(double dbm);
@@ -55,10 +61,12 @@ public:
 
 private:
   void noteSampleRate(double asked, int result);
+  void tapOutput(const Sample* samples, int count);
 
   int handle = -1;
   TuneRecord currentTune;
   bool rateClamped = false;
   double clampedRate = 0.0;
   ImpairmentStage* impairments = nullptr;
+  OutputTap tap;
 };

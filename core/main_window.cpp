@@ -4,6 +4,7 @@
 
 #include "core/central_widget.h"
 #include "core/impairment_widget.h"
+#include "core/output_monitor.h"
 #include "core/status_bar.h"
 #include "persist/paths.h"
 #include "persist/settings_file.h"
@@ -38,6 +39,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
   impairments = new ImpairmentWidget();
   device.setImpairments(impairments);
   buildDock();
+  buildMonitorDock();
   buildMenus();
 
   central = new CentralWidget(&device, impairments, this);
@@ -80,6 +82,20 @@ void MainWindow::buildDock() {
   impairmentDock->setWidget(scroll);
   impairmentDock->setAllowedAreas(Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
   addDockWidget(Qt::BottomDockWidgetArea, impairmentDock);
+}
+
+// Hidden until asked for from the View menu: while hidden the output is not copied for it.
+// It first floats beside the panel rather than squeezing it; docked or not, where it was is
+// kept with the window's state.
+void MainWindow::buildMonitorDock() {
+  monitorDock = new QDockWidget("Output Monitor", this);
+  monitorDock->setObjectName("OutputMonitorDock");
+  monitor = new OutputMonitor(&device);
+  monitorDock->setWidget(monitor);
+  addDockWidget(Qt::BottomDockWidgetArea, monitorDock);
+  monitorDock->setFloating(true);
+  monitorDock->resize(1100, 460);
+  monitorDock->hide();
 }
 
 void MainWindow::loadStyleSheet() {

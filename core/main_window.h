@@ -12,6 +12,7 @@ class CentralWidget;
 class ErrorLog;
 class ImpairmentWidget;
 class OFDMBuilderDialog;
+class OutputMonitor;
 class QAction;
 class QDockWidget;
 class QMenu;
@@ -27,6 +28,8 @@ public:
   // A close was asked for, possibly before the window was first shown.
   bool closeRequested() const { return closeRequested_; }
   StatusBar* statusBarWidget() const { return statusBar; }
+  OutputMonitor* outputMonitor() const { return monitor; }
+  QDockWidget* outputMonitorDock() const { return monitorDock; }
   Device& session() { return device; }
 
 public slots:
@@ -65,10 +68,12 @@ protected:
 
 private:
   void buildDock();
+  void buildMonitorDock();
   void buildMenus();
   void buildFileMenu();
   void buildPresetMenu();
   void buildUtilitiesMenu();
+  void buildViewMenu();
   void buildHelpMenu();
   void connectFirstDevice();
   void afterConnect();
@@ -81,6 +86,8 @@ private:
   CentralWidget* central = nullptr;
   QDockWidget* impairmentDock = nullptr;
   ImpairmentWidget* impairments = nullptr;
+  QDockWidget* monitorDock = nullptr;
+  OutputMonitor* monitor = nullptr;
   VersionChecker versionChecker;
   QMenu* fileMenu = nullptr;
   QMenu* connectMenu = nullptr;

@@ -28,6 +28,7 @@ void MainWindow::buildMenus() {
   editMenu->addAction("Preferences", this, &MainWindow::editPreferences);
   buildPresetMenu();
   buildUtilitiesMenu();
+  buildViewMenu();
   buildHelpMenu();
 }
 
@@ -78,6 +79,11 @@ void MainWindow::buildUtilitiesMenu() {
   utilities->addSeparator();
   utilities->addAction("Arb Sequence Editor", this, &MainWindow::showArbSequenceEditor);
   utilities->addAction("OFDM Waveform Builder", this, &MainWindow::showOfdmBuilder);
+}
+
+void MainWindow::buildViewMenu() {
+  QMenu* view = menuBar()->addMenu("View");
+  view->addAction(monitorDock->toggleViewAction());
 }
 
 void MainWindow::buildHelpMenu() {

@@ -39,6 +39,7 @@ void StreamEngine::launch(std::function<void()> threadMain, const char* name) {
   // A finished thread that was never joined would end the program at the next assignment;
   // join it first instead.
   if (streamThread.joinable()) streamThread.join();
+  device->markOutputRestart();
   streaming = true;
   streamThread = std::thread(std::move(threadMain));
   if (name) {

@@ -10,9 +10,12 @@
 #include <benchmark/benchmark.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -59,8 +62,33 @@ void BM_MemcpyChunk(benchmark::State& state) {
 }
 BENCHMARK(BM_MemcpyChunk)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// Argument 1: AWGN on and the waveform through a 65-tap channel filter at build, as a mode
-// that honours the impairments plays it.
+// Takes the tap's snapshots every 50 ms on a thread of its own, as the shown monitor does.
+class MonitorReader {
+public:
+  explicit MonitorReader(OutputTap& tap) : tap(tap) {
+    tap.setEnabled(true);
+    reader = std::thread([this] {
+      while (!done.load()) {
+        if (this->tap.take()) taken.fetch_add(1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      }
+    });
+  }
+  ~MonitorReader() {
+    done = true;
+    reader.join();
+    tap.setEnabled(false);
+  }
+  std::atomic<long> taken{0};
+
+private:
+  OutputTap& tap;
+  std::atomic<bool> done{false};
+  std::thread reader;
+};
+
+// Argument awgn 1: AWGN on and the waveform through a 65-tap channel filter at build, as a mode
+// that honours the impairments plays it. Argument monitor 1: the output monitor shown.
 void BM_SubmitWaveformSteady(benchmark::State& state) {
   Device device;
   OpcGate gate;
@@ -82,6 +110,8 @@ void BM_SubmitWaveformSteady(benchmark::State& state) {
     noise.prepare(0.0, 50e6, 20.0, 1e7);
   }
   long steadyAllocations = 0;
+  std::unique_ptr<MonitorReader> monitor;
+  if (state.range(1)) monitor = std::make_unique<MonitorReader>(device.outputTap());
   for (auto _ : state) {
     stage.chunks = 0;
     engine.streaming = true;
@@ -95,8 +125,16 @@ void BM_SubmitWaveformSteady(benchmark::State& state) {
                           int64_t(sizeof(Sample)));
   state.counters["allocs_per_chunk"] =
       double(steadyAllocations) / double(state.iterations() * (chunksPerRun - 2));
+  if (monitor) state.counters["snapshots"] = double(monitor->taken.load());
 }
-BENCHMARK(BM_SubmitWaveformSteady)->ArgName("awgn")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_SubmitWaveformSteady)
+    ->ArgNames({"awgn", "monitor"})
+    ->Args({0, 0})
+    ->Args({0, 1})
+    ->Args({1, 0})
+    ->Args({1, 1})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace
 

@@ -6,17 +6,23 @@
 #include "arb/arb_mode/mode_view_arb.h"
 #include "core/central_widget.h"
 #include "core/ofdm_builder_dialog.h"
+#include "core/output_monitor.h"
 #include "core/status_bar.h"
+#include "widgets/am_plot.h"
 #include "core_test_env.h"
 #include "krt/krt_api.h"
+#include "scpi_client.h"
 #include "persist/paths.h"
 #include "support/events_log.h"
 
 #include <QAction>
+#include <QDockWidget>
+#include <QImage>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSettings>
 
 #include <gtest/gtest.h>
@@ -137,6 +143,8 @@ TEST(Window, StateSurvivesARestart) {
     MainWindow window;
     window.show();
     window.setGeometry(placed);
+    EXPECT_FALSE(window.outputMonitorDock()->isVisible()) << "hidden until asked for";
+    window.outputMonitorDock()->show();
     window.close();
   }
   QSettings settings(preferencesPath(), QSettings::IniFormat);
@@ -144,6 +152,7 @@ TEST(Window, StateSurvivesARestart) {
   EXPECT_FALSE(settings.value("MainWindow/Maximized").toBool());
   MainWindow again;
   EXPECT_EQ(again.geometry().size(), placed.size());
+  EXPECT_FALSE(again.outputMonitorDock()->isHidden()) << "the monitor's dock is part of the state";
 }
 
 TEST(Window, MenusHoldEveryEntry) {
@@ -151,7 +160,10 @@ TEST(Window, MenusHoldEveryEntry) {
   MainWindow window;
   QStringList titles;
   for (QAction* a : window.menuBar()->actions()) titles << a->text();
-  EXPECT_EQ(titles, (QStringList{"File", "Edit", "Presets", "Utilites", "Help"}));
+  EXPECT_EQ(titles, (QStringList{"File", "Edit", "Presets", "Utilites", "View", "Help"}));
+  ASSERT_EQ(menu(window, "View")->actions().size(), 1);
+  EXPECT_EQ(menu(window, "View")->actions()[0]->text(), "Output Monitor");
+  EXPECT_TRUE(menu(window, "View")->actions()[0]->isCheckable());
   QStringList presets;
   for (QAction* a : menu(window, "Presets")->actions()) presets << a->text();
   EXPECT_EQ(presets,
@@ -213,4 +225,53 @@ TEST(Window, OfdmBuilderPlaysInArb) {
   EXPECT_EQ(info.sampleRate, 5e6);
   entry->trigger();  // the same builder again
   EXPECT_EQ(window.findChildren<OFDMBuilderDialog*>().size(), 1);
+}
+
+// Blue pixels (the series' colour) in a rectangle of an image.
+int bluePixels(const QImage& image, const QRect& area) {
+  int count = 0;
+  for (int y = area.top(); y <= area.bottom(); ++y)
+    for (int x = area.left(); x <= area.right(); ++x) {
+      const QColor c = image.pixelColor(x, y);
+      count += c.blue() > 200 && c.red() < 80 && c.green() < 80;
+    }
+  return count;
+}
+
+// The dock opened from the View menu while a multitone plays: each plot draws its data, the
+// figures can be saved, and hiding the dock stops the copies.
+TEST(Window, OutputMonitorShowsThePlots) {
+  WarningRecorder recorder;
+  MainWindow window;
+  window.show();
+  CentralWidget* central = window.centralPanel();
+  central->setRFEnabled(true);
+  central->setModEnabled(true);
+  {
+    ScpiClient client(central->scpiServerPort());
+    client.command(":MTON:NTON 64;:MTON:FSP 100 kHz;:MTON:PHAS RAND;:MTON ON");
+  }
+  menu(window, "View")->actions()[0]->trigger();
+  OutputMonitor* monitor = window.outputMonitor();
+  ASSERT_TRUE(monitor->isVisible());
+  ASSERT_TRUE(waitUntil([&] { return monitor->ccdf().count() >= 3 * 65536; }));
+  QTest::qWait(100);
+  const QImage shot = monitor->grab().toImage();
+  if (const char* path = getenv("KRT40_MONITOR_SHOT")) shot.save(path);
+  for (AMPlot* plot : monitor->findChildren<AMPlot*>()) {
+    const QRect area(plot->mapTo(monitor, QPoint(0, 0)), plot->size());
+    EXPECT_GT(bluePixels(shot, area), 40) << plot->title.toStdString();
+  }
+  const QString csv = QString::fromStdString(coreScratchDir()) + "/monitor.csv";
+  ASSERT_TRUE(monitor->saveCsv(csv));
+  QFile file(csv);
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  const QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
+  EXPECT_EQ(lines.filter(QRegularExpression("^[0-9.e+-]+,-?[0-9.e+-]+$")).size() > 4096, true);
+  EXPECT_TRUE(lines.contains("Frequency (Hz),Level (dBFS)"));
+  EXPECT_TRUE(lines.contains("Above Mean Power (dB),Samples Above (%)"));
+
+  menu(window, "View")->actions()[0]->trigger();
+  EXPECT_FALSE(window.session().outputTap().enabled());
+  EXPECT_TRUE(recorder.warnings.empty());
 }
