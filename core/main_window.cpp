@@ -69,6 +69,8 @@ MainWindow::~MainWindow() {
   central->stopStreaming();
   // After closeEvent the handle is already -1; the library refuses it harmlessly.
   device.abort();
+  // The monitor reads the device's tap, and children outlive the members: it goes first.
+  delete monitorDock;
 }
 
 void MainWindow::buildDock() {

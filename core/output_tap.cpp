@@ -45,7 +45,6 @@ OutputSnapshot* OutputTap::collect(const Sample* samples, int count) {
   if (slot.count == 0) return nullptr;
   if (slot.count < snapshotSamples && now - fillStart < longestFill) return nullptr;
   slot.generation = fillGeneration;
-  slot.samplesSent = samplesSent();
   return &slot;
 }
 

@@ -16,7 +16,6 @@ struct OutputSnapshot {
   int count = 0;
   double centerFrequencyHz = 0.0;
   double sampleRateHz = 0.0;
-  int64_t samplesSent = 0;  // since the last restart
   int64_t underruns = 0;    // since the last restart
   uint32_t generation = 0;  // restarts since the tap was made
 };

@@ -249,7 +249,7 @@ TEST(Window, OutputMonitorShowsThePlots) {
   central->setModEnabled(true);
   {
     ScpiClient client(central->scpiServerPort());
-    client.command(":MTON:NTON 64;:MTON:FSP 100 kHz;:MTON:PHAS RAND;:MTON ON");
+    client.command(":MTON:FSP 100 kHz;:MTON:NTON 64;:MTON:PHAS RAND;:MTON ON");
   }
   menu(window, "View")->actions()[0]->trigger();
   OutputMonitor* monitor = window.outputMonitor();

@@ -140,8 +140,10 @@ protected:
 };
 
 TEST_F(MonitorTest, MultitoneCcdfAndPaprAgreeWithTheRecording) {
-  play({":MTON:NTON 64", ":MTON:FSP 10 kHz", ":MTON:PHAS RAND", ":MTON:PHAS:SEED 7", ":MTON ON"},
+  // The spacing first: a count is clamped to what fits the span at the spacing of the moment.
+  play({":MTON:FSP 10 kHz", ":MTON:NTON 64", ":MTON:PHAS RAND", ":MTON:PHAS:SEED 7", ":MTON ON"},
        500000);
+  EXPECT_EQ(ScpiClient(central.scpiServerPort()).query(":MTON:NTON?"), "64");
   const QJsonObject numpy = reference({"ccdf"});
   const CcdfAccumulator& ccdf = monitor.ccdf();
   EXPECT_NEAR(ccdf.meanPowerDbfs(), numpy["mean_dbfs"].toDouble(), 0.05);
