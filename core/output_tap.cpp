@@ -9,8 +9,10 @@ namespace {
 constexpr int freshBit = 4;
 }  // namespace
 
-OutputTap::OutputTap() {
-  for (OutputSnapshot& slot : buffers) slot.samples.resize(snapshotSamples);
+void OutputTap::setEnabled(bool on) {
+  if (on && buffers[0].samples.empty())
+    for (OutputSnapshot& slot : buffers) slot.samples.resize(snapshotSamples);
+  enabled_.store(on, std::memory_order_release);
 }
 
 const OutputSnapshot* OutputTap::take() {

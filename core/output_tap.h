@@ -22,7 +22,7 @@ struct OutputSnapshot {
 
 // A triple buffer: the streaming thread (the one producer) fills its own slot and swaps it into
 // the middle; the monitor (the one consumer) swaps the middle out when it holds a fresh one.
-// Neither ever waits for the other. While the monitor is off, an offer costs one relaxed load.
+// Neither ever waits for the other. While the monitor is off, an offer costs one atomic load.
 class OutputTap {
 public:
   static constexpr int snapshotSamples = 65536;
@@ -31,11 +31,10 @@ public:
   // At low rates a snapshot goes out with what it has after this long.
   static constexpr std::chrono::milliseconds longestFill{200};
 
-  OutputTap();
-
-  // Monitor side.
-  void setEnabled(bool on) { enabled_.store(on, std::memory_order_relaxed); }
-  bool enabled() const { return enabled_.load(std::memory_order_relaxed); }
+  // Monitor side. The buffers are made at the first enabling, so that a device whose output
+  // is never looked at carries none; the producer sees them through the acquire below.
+  void setEnabled(bool on);
+  bool enabled() const { return enabled_.load(std::memory_order_acquire); }
   // The fresh snapshot, or null when none came since the last take. Valid until the next take.
   const OutputSnapshot* take();
   // A new run of the output begins: counts start again from here. `underrunsNow` is the

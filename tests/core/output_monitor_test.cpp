@@ -78,6 +78,7 @@ TEST(CcdfAccumulator, ReadsTheLevelsOfAKnownMix) {
 // and none mixing samples from before a restart with those after.
 TEST(OutputTap, SnapshotsAreWholeSpacedAndOfOneRun) {
   OutputTap tap;
+  tap.setEnabled(true);
   std::vector<Sample> block(40000, Sample(0.5f, 0));
   EXPECT_EQ(tap.take(), nullptr);
   EXPECT_EQ(tap.collect(block.data(), 40000), nullptr) << "not full yet";
