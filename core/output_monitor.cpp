@@ -47,10 +47,11 @@ PlotSeries* makeSeries(AMPlot* plot, QColor color, int style) {
   return series;
 }
 
-// The smallest 1, 2 or 5 times a power of ten at or above a positive value.
+// The smallest round number at or above a positive value: a step of a power of ten whose
+// tenths are short labels.
 double niceCeiling(double value) {
   const double decade = std::pow(10.0, std::floor(std::log10(value)));
-  for (double step : {1.0, 2.0, 5.0})
+  for (double step : {1.0, 1.2, 1.5, 2.0, 3.0, 4.0, 5.0, 6.0, 8.0})
     if (step * decade >= value) return step * decade;
   return 10.0 * decade;
 }
@@ -154,6 +155,14 @@ QWidget* OutputMonitor::buildReadouts() {
   return box;
 }
 
+// The I/Q plot is kept about square, so that a circle of constant envelope looks like one (the
+// allowance is for its axis labels), leaving the spectrum the larger share.
+void OutputMonitor::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  const int square = std::min(iqPlot->height() + 40, width() * 3 / 10);
+  iqPlot->setFixedWidth(std::max(iqPlot->minimumHeight(), square));
+}
+
 // The tap copies only while someone looks.
 void OutputMonitor::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
@@ -250,7 +259,7 @@ void OutputMonitor::plotIq(const OutputSnapshot& snapshot) {
     iqSeries->points[static_cast<size_t>(k)] = {s.real(), s.imag()};
     peak = std::max({peak, std::abs(s.real()), std::abs(s.imag())});
   }
-  // Scaled to the signal, so that a low level still shows its shape, to a 1, 2, 5 step that
+  // Scaled to the signal, so that a low level still shows its shape, to a round number that
   // keeps the axis labels short; never below 1/1000 of full scale.
   const double range = niceCeiling(1.05 * std::max(peak, 1e-3f));
   iqPlot->setXRange(-range, range);
