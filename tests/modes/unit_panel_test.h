@@ -9,6 +9,7 @@
 #include <QSignalSpy>
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <utility>
@@ -66,22 +67,24 @@ protected:
     ASSERT_TRUE(waitUntil([&] { return played({"krtSetSampleRate"}) == retune; }));
   }
 
-  // The calls of `names` with their number argument, in order, since the last mark and after
-  // the abort that ended the thread running then.
-  Calls played(const std::vector<std::string>& names) const {
-    const std::vector<nlohmann::json> events = log.events();
-    auto e = std::find_if(events.begin(), events.end(),
-                          [](const nlohmann::json& x) { return x.value("fn", "") == "krtAbort"; });
+  // The first `limit` calls of `names` with their number argument, in order, since the last
+  // mark and after the abort that ended the thread running then.
+  Calls played(const std::vector<std::string>& names, size_t limit = SIZE_MAX) const {
+    std::vector<std::string> wanted = names;
+    wanted.push_back("krtAbort");
     Calls out;
-    for (; e != events.end(); ++e) {
-      const std::string fn = e->value("fn", "");
-      if (std::find(names.begin(), names.end(), fn) == names.end()) continue;
-      const nlohmann::json args = e->value("args", nlohmann::json::object());
+    bool aborted = false;
+    log.scan(wanted, [&](const nlohmann::json& e) {
+      const std::string fn = e.value("fn", "");
+      aborted = aborted || fn == "krtAbort";
+      if (!aborted || std::find(names.begin(), names.end(), fn) == names.end()) return true;
+      const nlohmann::json args = e.value("args", nlohmann::json::object());
       double value = 0.0;
       for (const auto& arg : args.items())
         if (arg.value().is_number()) value = arg.value().template get<double>();
       out.emplace_back(fn, value);
-    }
+      return out.size() < limit;
+    });
     return out;
   }
 
