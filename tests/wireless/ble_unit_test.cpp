@@ -112,10 +112,13 @@ TEST_F(BleUnitTest, PlaysTheAdvertisingPacketAtIndexHalf) {
   ASSERT_EQ(level.size(), 1u);
   EXPECT_NEAR(level[0].second, -20.0, 1e-4);
 
-  const int64_t start = firstStart("annotations", {{"core:label", "trigger"}});
-  ASSERT_GE(start, 0);
-  const std::vector<Sample> burst = recordedSamples(start, air.size() * sps);
-  ASSERT_FALSE(burst.empty());
+  // The writer rewrites the meta and writes the samples after the flush returns.
+  std::vector<Sample> burst;
+  ASSERT_TRUE(waitUntil([&] {
+    const int64_t start = firstStart("annotations", {{"core:label", "trigger"}});
+    if (start >= 0) burst = recordedSamples(start, air.size() * sps);
+    return !burst.empty();
+  }));
   EXPECT_EQ(bitsOf(symbolPhases(burst, 0, sps, air.size()), 0, air.size()), air);
   for (const Sample& v : burst) ASSERT_NEAR(std::abs(v), 1.0f, 1e-4f);
 }
