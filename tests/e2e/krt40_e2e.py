@@ -158,7 +158,12 @@ def play(r, inst, name, seconds):
 
 def read_recording(app):
     """The recording's meta (dict), its captures sorted by start with an "end" added, and a
-    function that reads samples [start, end) as a list of (I, Q) pairs."""
+    function that reads samples [start, end) as a list of (I, Q) pairs.
+
+    A capture's start is moved to the last abort inside it. The streaming thread reads the
+    front panel when it starts, so a thread launched for one change that starts only after the
+    next one plays a moment of the next one's output before that change stops it: the same
+    settings, one segment, its signal begun twice. What follows the last abort is the play."""
     meta_path = app.record + ".sigmf-meta"
     data_path = app.record + ".sigmf-data"
     with open(meta_path) as f:
@@ -167,6 +172,12 @@ def read_recording(app):
     captures = sorted(meta.get("captures", []), key=lambda c: c["core:sample_start"])
     for i, c in enumerate(captures):
         c["end"] = captures[i + 1]["core:sample_start"] if i + 1 < len(captures) else total
+    aborts = [a["core:sample_start"] for a in meta.get("annotations", [])
+              if a.get("core:label") == "abort"]
+    for c in captures:
+        inside = [a for a in aborts if c["core:sample_start"] < a < c["end"]]
+        if inside:
+            c["core:sample_start"] = max(inside)
 
     def samples(start, end):
         with open(data_path, "rb") as f:
