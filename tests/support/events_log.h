@@ -17,22 +17,20 @@ public:
   // Every event since construction (or since the last mark()).
   std::vector<nlohmann::json> events() const {
     std::vector<nlohmann::json> out;
-    std::ifstream in(path);
-    in.seekg(static_cast<std::streamoff>(start));
-    std::string line;
-    while (std::getline(in, line)) {
-      if (line.empty()) continue;
-      auto event = nlohmann::json::parse(line, nullptr, false);
-      if (!event.is_discarded()) out.push_back(std::move(event));
-    }
+    scan({}, [&](nlohmann::json& event) {
+      out.push_back(std::move(event));
+      return true;
+    });
     return out;
   }
 
   // Events of one library function, in call order.
   std::vector<nlohmann::json> calls(const std::string& fn) const {
     std::vector<nlohmann::json> out;
-    for (auto& e : events())
-      if (e.value("fn", "") == fn) out.push_back(e);
+    scan({fn}, [&](nlohmann::json& event) {
+      out.push_back(std::move(event));
+      return true;
+    });
     return out;
   }
 
@@ -48,9 +46,9 @@ public:
     return out;
   }
 
-  // Calls `visit` with each event since the mark whose "fn" is one of `fns`, in order, until it
-  // returns false. Lines of other calls are skipped unparsed: a generator that retunes every
-  // few samples logs tens of megabytes a second, faster than whole lines parse.
+  // Calls `visit` with each event since the mark whose "fn" is one of `fns` (any, when empty),
+  // in order, until it returns false. Lines of other calls are skipped unparsed: a generator
+  // that retunes every few samples logs tens of megabytes a second, faster than lines parse.
   template <class Visit>
   void scan(const std::vector<std::string>& fns, Visit visit) const {
     std::vector<std::string> needles;
@@ -59,7 +57,7 @@ public:
     in.seekg(static_cast<std::streamoff>(start));
     std::string line;
     while (std::getline(in, line)) {
-      bool wanted = false;
+      bool wanted = needles.empty();
       for (const std::string& needle : needles) wanted = wanted || line.find(needle) != line.npos;
       if (!wanted) continue;
       auto event = nlohmann::json::parse(line, nullptr, false);
